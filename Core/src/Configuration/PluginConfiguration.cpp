@@ -1,0 +1,24 @@
+#include "Configuration/PluginConfiguration.h"
+
+namespace corvane {
+namespace base {
+namespace entities {
+
+PluginConfiguration::PluginConfiguration(QString library, QDomElement configuration)
+    : library(std::move(library)), configuration(std::move(configuration))
+{
+}
+
+void PluginConfiguration::getLibrary(QString& library) const
+{
+    library = this->library;
+}
+
+void PluginConfiguration::getConfiguration(QDomElement& configuration) const
+{
+    configuration = this->configuration;
+}
+
+} // namespace entities
+} // namespace base
+} // namespace corvane

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "CoreExport.h"
+
+#include <QDomElement>
+#include <QString>
+
+namespace corvane {
+namespace base {
+namespace entities {
+
+/// One plug-in entry of the configuration file: its library name and its own
+/// "configuration" element (a shared handle into the document; null when absent).
+class CORE_EXPORT PluginConfiguration
+{
+public:
+    PluginConfiguration(QString library, QDomElement configuration);
+
+    void getLibrary(QString& library) const;
+    void getConfiguration(QDomElement& configuration) const;
+
+private:
+    QString library;
+    QDomElement configuration;
+};
+
+} // namespace entities
+} // namespace base
+} // namespace corvane

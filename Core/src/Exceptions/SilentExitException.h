@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Exceptions/BaseException.h"
+
+namespace corvane {
+namespace base {
+namespace exceptions {
+
+/// An orderly request to end the program without an error, e.g. for a second instance.
+class CORE_EXPORT SilentExitException : public BaseException
+{
+public:
+    SilentExitException(const QObject* sender, QString message);
+    ~SilentExitException() override;
+};
+
+} // namespace exceptions
+} // namespace base
+} // namespace corvane

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "CoreExport.h"
+
+#include <QString>
+
+namespace corvane {
+namespace base {
+namespace core {
+namespace utility {
+
+class CORE_EXPORT SystemEnvironment
+{
+public:
+    /**
+     * Replaces every ${NAME} (NAME of letters, digits and underscores) by the value of the
+     * environment variable NAME, from the last reference towards the first; references inside
+     * a value are expanded as well. Throws InvalidArgumentException naming the variable when
+     * one is not set or empty, or when a value keeps referring back to itself.
+     */
+    static QString expandEnvironmentVariables(const QString& text);
+};
+
+} // namespace utility
+} // namespace core
+} // namespace base
+} // namespace corvane

@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds the library, examples and tests with AddressSanitizer and
+# UndefinedBehaviorSanitizer, and runs every test. Build folder: build/tests (override with
+# CORVANE_TEST_BUILD_DIR).
+set -euo pipefail
+
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+build="${CORVANE_TEST_BUILD_DIR:-$root/build/tests}"
+
+bash "$root/tools/install-dependencies.sh"
+
+cmake -S "$root" -B "$build" -G Ninja \
+    -DCMAKE_BUILD_TYPE=Debug \
+    -DCMAKE_CXX_COMPILER_LAUNCHER=ccache \
+    -DCORVANE_SANITIZE=ON \
+    -DCORVANE_BUILD_TESTS=ON
+cmake --build "$build" -j2
+cd "$build"
+ctest --output-on-failure -j2
