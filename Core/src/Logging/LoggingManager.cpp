@@ -1,0 +1,294 @@
+#include "Logging/LoggingManager.h"
+
+#include "Exceptions/Exceptions.h"
+#include "Logging/LogMessageHandler.h"
+#include "Utility/SystemEnvironment.h"
+
+#include <QCoreApplication>
+#include <QDebug>
+#include <QDir>
+#include <QFileInfo>
+#include <QMetaObject>
+#include <QMutex>
+#include <QMutexLocker>
+#include <QRegularExpression>
+
+#include <log4cplus/configurator.h>
+#include <log4cplus/helpers/property.h>
+#include <log4cplus/initializer.h>
+#include <log4cplus/logger.h>
+
+namespace corvane {
+namespace base {
+namespace business {
+
+using interfaces::ILoggingManager;
+
+namespace {
+
+// Every entry carries this location instead of the caller's: the caller is already named by
+// the logger and, for Qt messages, by the text.
+const char* const entryFile = "Core/src/Logging/LoggingManager.cpp";
+constexpr int entryLine = 201;
+const char* const entryFunction = "logEntry";
+
+// log4cplus must be initialized before its first use and shut down after its last one. The
+// initializer is created while the manager is constructed, so it outlives the manager.
+void keepLog4cplusInitialized()
+{
+    static log4cplus::Initializer initializer;
+}
+
+// A root logger without a level (as an unrecognised level in the properties leaves it) makes
+// log4cplus throw on every later entry; it gets log4cplus's default level back instead.
+bool repairRootLogLevel()
+{
+    log4cplus::Logger root = log4cplus::Logger::getRoot();
+    if (root.getLogLevel() != log4cplus::NOT_SET_LOG_LEVEL) {
+        return false;
+    }
+    root.setLogLevel(log4cplus::DEBUG_LOG_LEVEL);
+    return true;
+}
+
+log4cplus::Logger loggerNamed(const QString& name)
+{
+    return log4cplus::Logger::getInstance(name.toStdString());
+}
+
+} // namespace
+
+LoggingManager* LoggingManager::instance()
+{
+    static QMutex mutex;
+    QMutexLocker locker(&mutex);
+    static LoggingManager manager;
+    return &manager;
+}
+
+LoggingManager::LoggingManager()
+    : propertiesFile(QStringLiteral("log4cplus.properties")),
+      levelMap({{FATAL, log4cplus::FATAL_LOG_LEVEL},
+                {ERROR, log4cplus::ERROR_LOG_LEVEL},
+                {WARN, log4cplus::WARN_LOG_LEVEL},
+                {INFO, log4cplus::INFO_LOG_LEVEL},
+                {DEBUG, log4cplus::DEBUG_LOG_LEVEL},
+                {TRACE, log4cplus::TRACE_LOG_LEVEL}})
+{
+    keepLog4cplusInitialized();
+}
+
+// Runs at process exit. Qt messages written after this (by other static objects) must not
+// reach a manager that is gone, so Qt's own handler takes over again.
+LoggingManager::~LoggingManager()
+{
+    const QtMessageHandler current = qInstallMessageHandler(nullptr);
+    if (current != &logging::log4cxxMessageHandler) {
+        qInstallMessageHandler(current);
+    }
+}
+
+void LoggingManager::initialize()
+{
+    const QFileInfo executable(QCoreApplication::applicationFilePath());
+    propertiesFile = executable.absolutePath() + QLatin1Char('/') + executable.baseName()
+        + QStringLiteral(".properties");
+
+    log4cplus::helpers::Properties properties(propertiesFile.toStdString(), 0);
+    makeFilePathsInPropertiesAbsolute(properties);
+    log4cplus::PropertyConfigurator configurator(properties,
+                                                 log4cplus::Logger::getDefaultHierarchy(), 0);
+    configurator.configure();
+    const bool rootLevelRepaired = repairRootLogLevel();
+
+    qInfo("----------------start of log file----------------------------------");
+    qDebug().noquote() << QStringLiteral("init LoggingManager with properties file: ")
+            + propertiesFile;
+    for (const std::string& name : properties.propertyNames()) {
+        qDebug().noquote() << QStringLiteral("--> %1 = %2")
+                                  .arg(QString::fromStdString(name),
+                                       QString::fromStdString(properties.getProperty(name)));
+    }
+    if (rootLevelRepaired) {
+        qWarning().noquote() << QStringLiteral("initialize: The root logger has no valid level in ")
+                + propertiesFile + QStringLiteral("; using DEBUG.");
+    }
+}
+
+void LoggingManager::deinitialize()
+{
+    qDebug("----------------end of log file----------------------------------");
+}
+
+void LoggingManager::getName(QString& name)
+{
+    name = QStringLiteral("LoggingManager");
+}
+
+void LoggingManager::getVersion(QString& version)
+{
+    version = QStringLiteral("1.0.0");
+}
+
+bool LoggingManager::isLoglevelSet(const QObject* sender, Loglevel level)
+{
+    return isLoglevelSet(loggerNameOf(sender), level);
+}
+
+// Compares with the logger's own level, not the inherited one: a logger without a level of its
+// own answers true and leaves the filtering to log4cplus.
+bool LoggingManager::isLoglevelSet(const QString& source, Loglevel level)
+{
+    return loggerNamed(source).getLogLevel() <= levelMap.value(level, 0);
+}
+
+void LoggingManager::logException(const QObject* sender, const exceptions::BaseException& exception)
+{
+    logException(loggerNameOf(sender), exception);
+}
+
+void LoggingManager::logException(const QString& source, const exceptions::BaseException& exception)
+{
+    logEntry(ERROR, source,
+             exception.getSource() + QStringLiteral("::") + exception.getMethod() + QLatin1Char(' ')
+                 + exception.getReason(),
+             true);
+}
+
+void LoggingManager::logEntry(Loglevel level, const QString& source, const QString& message,
+                              bool checkLevel)
+{
+    if (checkLevel && !isLoglevelSet(source, level)) {
+        return;
+    }
+    static QMutex mutex;
+    QMutexLocker locker(&mutex);
+    loggerNamed(source).log(levelMap.value(level, 0), message.toStdString(), entryFile, entryLine,
+                            entryFunction);
+}
+
+void LoggingManager::logEntry(Loglevel level, const QObject* sender, const QString& message,
+                              bool checkLevel)
+{
+    logEntry(level, loggerNameOf(sender), message, checkLevel);
+}
+
+void LoggingManager::logFatal(const QString& source, const QString& message)
+{
+    logEntry(FATAL, source, message, true);
+}
+
+void LoggingManager::logFatal(const QObject* sender, const QString& message)
+{
+    logEntry(FATAL, sender, message, true);
+}
+
+void LoggingManager::logError(const QString& source, const QString& message)
+{
+    logEntry(ERROR, source, message, true);
+}
+
+void LoggingManager::logError(const QObject* sender, const QString& message)
+{
+    logEntry(ERROR, sender, message, true);
+}
+
+void LoggingManager::logWarn(const QString& source, const QString& message)
+{
+    logEntry(WARN, source, message, true);
+}
+
+void LoggingManager::logWarn(const QObject* sender, const QString& message)
+{
+    logEntry(WARN, sender, message, true);
+}
+
+void LoggingManager::logInfo(const QString& source, const QString& message)
+{
+    logEntry(INFO, source, message, true);
+}
+
+void LoggingManager::logInfo(const QObject* sender, const QString& message)
+{
+    logEntry(INFO, sender, message, true);
+}
+
+void LoggingManager::logDebug(const QString& source, const QString& message)
+{
+    logEntry(DEBUG, source, message, true);
+}
+
+void LoggingManager::logDebug(const QObject* sender, const QString& message)
+{
+    logEntry(DEBUG, sender, message, true);
+}
+
+void LoggingManager::logTrace(const QString& source, const QString& message)
+{
+    logEntry(TRACE, source, message, true);
+}
+
+void LoggingManager::logTrace(const QObject* sender, const QString& message)
+{
+    logEntry(TRACE, sender, message, true);
+}
+
+void LoggingManager::changeLoglevel(const QString& source, Loglevel level)
+{
+    loggerNamed(source).setLogLevel(levelMap.value(level, 0));
+}
+
+void LoggingManager::changeLoglevel(const QObject* sender, Loglevel level)
+{
+    changeLoglevel(loggerNameOf(sender), level);
+}
+
+QString LoggingManager::replaceEnvironmentVariablesByContent(const QString& path) const
+{
+    try {
+        return QFileInfo(core::utility::SystemEnvironment::expandEnvironmentVariables(path))
+            .absolutePath();
+    } catch (const exceptions::InvalidArgumentException&) {
+        return QString();
+    }
+}
+
+// "${...}" paths stay as they are, log4cplus expands them itself; all others become absolute
+// against the executable's folder. Either way the log file's folder is created.
+void LoggingManager::makeFilePathsInPropertiesAbsolute(
+    log4cplus::helpers::Properties& properties) const
+{
+    static const QRegularExpression fileProperty(QStringLiteral("^.*\\.File$"));
+    const QDir applicationDirectory(QCoreApplication::applicationDirPath());
+
+    for (const std::string& name : properties.propertyNames()) {
+        if (!fileProperty.match(QString::fromStdString(name)).hasMatch()) {
+            continue;
+        }
+        const QString value = QString::fromStdString(properties.getProperty(name));
+        QString directory;
+        if (value.startsWith(QLatin1String("${"))) {
+            directory = replaceEnvironmentVariablesByContent(value);
+        } else {
+            const QFileInfo file(applicationDirectory, value);
+            properties.setProperty(name, file.absoluteFilePath().toStdString());
+            directory = file.absolutePath();
+        }
+        if (!directory.isEmpty()) {
+            QDir().mkpath(directory);
+        }
+    }
+}
+
+QString LoggingManager::loggerNameOf(const QObject* sender)
+{
+    if (sender == nullptr) {
+        return QStringLiteral("unknown source");
+    }
+    return QString::fromUtf8(sender->metaObject()->className())
+        .replace(QLatin1String("::"), QLatin1String("."));
+}
+
+} // namespace business
+} // namespace base
+} // namespace corvane

@@ -1,0 +1,80 @@
+#pragma once
+
+#include "Interfaces/ILoggingManager.h"
+
+#include <QHash>
+#include <QString>
+
+namespace log4cplus {
+namespace helpers {
+class Properties;
+}
+} // namespace log4cplus
+
+namespace corvane {
+namespace base {
+namespace business {
+
+/**
+ * The framework's log, written through log4cplus. initialize() configures log4cplus from the
+ * properties file beside the executable (its base name + ".properties"); relative ".File"
+ * paths in it are taken relative to the executable's folder, and their folders are created.
+ *
+ * Logger names: a source is used as it stands; a sender gives its class name with "::"
+ * replaced by ".", so log4cplus's dotted hierarchy applies to namespaces.
+ */
+class CORE_EXPORT LoggingManager : public interfaces::ILoggingManager
+{
+    Q_OBJECT
+    Q_INTERFACES(corvane::base::interfaces::IManager corvane::base::interfaces::ILoggingManager)
+
+public:
+    static LoggingManager* instance();
+
+    ~LoggingManager() override;
+
+    void initialize() override;
+    void deinitialize() override;
+    void getName(QString& name) override;
+    void getVersion(QString& version) override;
+
+    bool isLoglevelSet(const QObject* sender, Loglevel level) override;
+    bool isLoglevelSet(const QString& source, Loglevel level) override;
+    void logException(const QObject* sender, const exceptions::BaseException& exception) override;
+    void logException(const QString& source, const exceptions::BaseException& exception) override;
+    void logEntry(Loglevel level, const QString& source, const QString& message,
+                  bool checkLevel) override;
+    void logEntry(Loglevel level, const QObject* sender, const QString& message,
+                  bool checkLevel) override;
+    void logFatal(const QString& source, const QString& message) override;
+    void logFatal(const QObject* sender, const QString& message) override;
+    void logError(const QString& source, const QString& message) override;
+    void logError(const QObject* sender, const QString& message) override;
+    void logWarn(const QString& source, const QString& message) override;
+    void logWarn(const QObject* sender, const QString& message) override;
+    void logInfo(const QString& source, const QString& message) override;
+    void logInfo(const QObject* sender, const QString& message) override;
+    void logDebug(const QString& source, const QString& message) override;
+    void logDebug(const QObject* sender, const QString& message) override;
+    void logTrace(const QString& source, const QString& message) override;
+    void logTrace(const QObject* sender, const QString& message) override;
+    void changeLoglevel(const QString& source, Loglevel level) override;
+    void changeLoglevel(const QObject* sender, Loglevel level) override;
+
+private:
+    LoggingManager();
+    Q_DISABLE_COPY(LoggingManager)
+
+    /// The directory of a ${NAME} file path after expansion; empty when a variable is unset.
+    QString replaceEnvironmentVariablesByContent(const QString& path) const;
+    void makeFilePathsInPropertiesAbsolute(log4cplus::helpers::Properties& properties) const;
+
+    static QString loggerNameOf(const QObject* sender);
+
+    QString propertiesFile;
+    QHash<Loglevel, int> levelMap;
+};
+
+} // namespace business
+} // namespace base
+} // namespace corvane

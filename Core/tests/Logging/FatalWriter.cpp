@@ -1,0 +1,21 @@
+// Helper process for the logging tests: configures logging from FatalWriter.properties beside
+// itself and hands one fatal message to the Qt message handler. The handler must end the
+// process once the message is written; "survived" on standard output means it did not.
+
+#include "Logging/LogMessageHandler.h"
+#include "Logging/LoggingManager.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    corvane::base::business::LoggingManager::instance()->initialize();
+    const QMessageLogContext context("/x/src/Fatal/Writer.cpp", 7, "void a::Writer::stop()",
+                                     "default");
+    corvane::logging::log4cxxMessageHandler(QtFatalMsg, context, QStringLiteral("the end"));
+    std::puts("survived");
+    return 0;
+}
