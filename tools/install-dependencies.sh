@@ -4,7 +4,7 @@
 set -euo pipefail
 
 packages=(
-    cmake g++ ninja-build ccache pkg-config
+    cmake g++ ninja-build ccache pkg-config libbenchmark-dev
     qtbase5-dev qttools5-dev-tools liblog4cplus-dev
 )
 

@@ -13,7 +13,8 @@ cmake -S "$root" -B "$build" -G Ninja \
     -DCMAKE_BUILD_TYPE=Debug \
     -DCMAKE_CXX_COMPILER_LAUNCHER=ccache \
     -DCORVANE_SANITIZE=ON \
-    -DCORVANE_BUILD_TESTS=ON
+    -DCORVANE_BUILD_TESTS=ON \
+    -DCORVANE_BUILD_BENCHMARKS=ON
 cmake --build "$build" -j2
 cd "$build"
 ctest --output-on-failure -j2

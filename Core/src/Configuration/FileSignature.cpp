@@ -11,6 +11,8 @@
 #include <QTemporaryDir>
 #include <QTextStream>
 
+#include <cstring>
+
 namespace corvane {
 namespace base {
 namespace business {
@@ -21,18 +23,23 @@ const QString loggerName = QStringLiteral("corvane.base.business.FileSignature")
 constexpr int blockSize = 1024;
 
 // Drops every "\n" and every "\r" directly before one, within this block only: a "\r" that
-// ends a block stays even when the next block starts with "\n".
+// ends a block stays even when the next block starts with "\n". Returns the new length.
 int removeLineBreaks(char* block, int length)
 {
-    int kept = 0;
-    for (int i = 0; i < length; ++i) {
-        const char c = block[i];
-        if (c == '\n' || (c == '\r' && i + 1 < length && block[i + 1] == '\n')) {
-            continue;
+    const char* in = block;
+    const char* const end = block + length;
+    char* out = block;
+    while (in < end) {
+        const char* newline = static_cast<const char*>(std::memchr(in, '\n', size_t(end - in)));
+        const char* keptEnd = newline != nullptr ? newline : end;
+        if (newline != nullptr && keptEnd > in && keptEnd[-1] == '\r') {
+            --keptEnd;
         }
-        block[kept++] = c;
+        std::memmove(out, in, size_t(keptEnd - in));
+        out += keptEnd - in;
+        in = newline != nullptr ? newline + 1 : end;
     }
-    return kept;
+    return int(out - block);
 }
 
 } // namespace
@@ -90,21 +97,32 @@ void FileSignature::createHashFromFileContent(const QString& path, QString& hash
     logDebug(QStringLiteral("createHashFromFileContent: ") + hash);
 }
 
+// Reads and cleans the stream block by block, as the fingerprint is defined, but hands the
+// cleaned blocks to SHA-1 in large pieces.
 void FileSignature::getHash(QDataStream& stream, QString& hash) const
 {
+    constexpr int batchSize = 64 * blockSize;
     QCryptographicHash sha1(QCryptographicHash::Sha1);
-    char block[blockSize];
+    QByteArray batch(batchSize + blockSize + salt.size(), Qt::Uninitialized);
+    int used = 0;
     bool firstBlock = true;
     do {
+        if (used > batchSize) {
+            sha1.addData(batch.constData(), used);
+            used = 0;
+        }
+        char* block = batch.data() + used;
         const int read = stream.readRawData(block, blockSize);
         const int length = removeLineBreaks(block, qMax(read, 0));
-        sha1.addData(block, length);
+        used += length;
         // Content shorter than the salt is padded with the salt up to the salt's length.
         if (firstBlock && stream.atEnd() && length < salt.size()) {
-            sha1.addData(salt.constData(), salt.size() - length);
+            std::memcpy(batch.data() + used, salt.constData(), size_t(salt.size() - length));
+            used += salt.size() - length;
         }
         firstBlock = false;
     } while (!stream.atEnd());
+    sha1.addData(batch.constData(), used);
     hash = QString::fromLatin1(sha1.result().toHex());
 }
 

@@ -18,6 +18,8 @@
 #include <log4cplus/initializer.h>
 #include <log4cplus/logger.h>
 
+#include <unordered_map>
+
 namespace corvane {
 namespace base {
 namespace business {
@@ -51,9 +53,67 @@ bool repairRootLogLevel()
     return true;
 }
 
-log4cplus::Logger loggerNamed(const QString& name)
+struct QStringHasher
 {
-    return log4cplus::Logger::getInstance(name.toStdString());
+    size_t operator()(const QString& text) const { return qHash(text); }
+};
+
+// log4cplus finds a logger by its name under the lock of its hierarchy, and a name always gives
+// the same logger; so every thread keeps the loggers it has used (node-based, so references
+// stay valid while names are added), and the last one for the common case of one caller
+// writing several entries, where the very same string arrives again.
+struct ThreadCache
+{
+    std::unordered_map<QString, log4cplus::Logger, QStringHasher> loggers;
+    QString lastName;
+    log4cplus::Logger* lastLogger = nullptr;
+    std::string message;
+};
+
+ThreadCache& threadCache()
+{
+    thread_local ThreadCache cache;
+    return cache;
+}
+
+log4cplus::Logger& loggerNamed(const QString& name)
+{
+    ThreadCache& cache = threadCache();
+    if (cache.lastLogger != nullptr
+        && (cache.lastName.isSharedWith(name) || cache.lastName == name)) {
+        return *cache.lastLogger;
+    }
+    auto found = cache.loggers.find(name);
+    if (found == cache.loggers.end()) {
+        found
+            = cache.loggers.emplace(name, log4cplus::Logger::getInstance(name.toStdString())).first;
+    }
+    cache.lastName = name;
+    cache.lastLogger = &found->second;
+    return found->second;
+}
+
+// The message as UTF-8, in a buffer this thread reuses: most messages are ASCII and then need
+// neither an allocation nor a conversion. Valid until the thread's next call.
+const std::string& utf8Of(const QString& message)
+{
+    std::string& buffer = threadCache().message;
+    const ushort* characters = message.utf16();
+    const int size = message.size();
+    ushort allBits = 0;
+    for (int i = 0; i < size; ++i) {
+        allBits |= characters[i];
+    }
+    if (allBits >= 0x80) {
+        buffer = message.toStdString();
+        return buffer;
+    }
+    buffer.resize(size_t(size));
+    char* out = buffer.data();
+    for (int i = 0; i < size; ++i) {
+        out[i] = char(characters[i]);
+    }
+    return buffer;
 }
 
 } // namespace
@@ -163,7 +223,7 @@ void LoggingManager::logEntry(Loglevel level, const QString& source, const QStri
     }
     static QMutex mutex;
     QMutexLocker locker(&mutex);
-    loggerNamed(source).log(levelMap.value(level, 0), message.toStdString(), entryFile, entryLine,
+    loggerNamed(source).log(levelMap.value(level, 0), utf8Of(message), entryFile, entryLine,
                             entryFunction);
 }
 

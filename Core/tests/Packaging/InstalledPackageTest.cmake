@@ -21,3 +21,12 @@ run("configure consumer" ${CMAKE_COMMAND} -S ${CONSUMER_SOURCE_DIR} -B ${consume
     "-DCMAKE_EXE_LINKER_FLAGS=${cxx_flags}")
 run("build consumer" ${CMAKE_COMMAND} --build ${consumer_build})
 run("run consumer" ${consumer_build}/consumer)
+
+# The installed signing tool finds the installed library on its own.
+file(WRITE ${WORK_DIR}/signed.txt "hello\nworld\n")
+execute_process(COMMAND ${prefix}/bin/corvane-sign hash ${WORK_DIR}/signed.txt
+                RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+if(NOT result EQUAL 0 OR NOT output MATCHES "^[0-9a-f]+\n$")
+    message(FATAL_ERROR "installed corvane-sign failed (${result}):\n${output}")
+endif()
+message(STATUS "installed corvane-sign: ok")
