@@ -8,6 +8,8 @@
 #include "Interfaces/IServiceManager.h"
 #include "Interfaces/IStartUpManager.h"
 
+#include <QRegularExpression>
+
 namespace fakes {
 
 using namespace corvane::base::interfaces;
@@ -117,6 +119,36 @@ class ConfigurationAndPluginManager : public ConfigurationManager, public Plugin
 {
 public:
     IManager& asManager() { return static_cast<ConfigurationManager&>(*this); }
+};
+
+} // namespace fakes
+
+namespace fakes {
+
+// Keeps the debug and error lines written by sender, as "DEBUG text" and "ERROR text".
+class RecordingLoggingManager : public LoggingManager
+{
+public:
+    void logError(const QObject*, const QString& message) override
+    {
+        entries << "ERROR " + message;
+    }
+    void logError(const QString&, const QString& message) override
+    {
+        entries << "ERROR " + message;
+    }
+    void logDebug(const QObject*, const QString& message) override
+    {
+        entries << "DEBUG " + message;
+    }
+    void logDebug(const QString&, const QString& message) override
+    {
+        entries << "DEBUG " + message;
+    }
+
+    QStringList errors() const { return entries.filter(QRegularExpression("^ERROR ")); }
+
+    QStringList entries;
 };
 
 } // namespace fakes
