@@ -5,7 +5,9 @@
 #include "Exceptions/Exceptions.h"
 #include "StartUp/ManagerRegistry.h"
 
+#include "TestFiles.h"
 #include <QDomDocument>
+
 #include <QtTest>
 
 using corvane::base::business::ConfigurationManager;
@@ -22,13 +24,6 @@ QStringList messages;
 void captureMessage(QtMsgType type, const QMessageLogContext&, const QString& message)
 {
     messages << QStringLiteral("%1 %2").arg(type == QtCriticalMsg ? "critical" : "info", message);
-}
-
-void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    QVERIFY2(file.open(QIODevice::WriteOnly | QIODevice::Truncate), qPrintable(path));
-    file.write(content);
 }
 
 QString describe(const ApplicationInformation& info)

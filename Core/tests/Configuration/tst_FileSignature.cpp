@@ -3,27 +3,12 @@
 #include "Configuration/FileSignature.h"
 #include "StartUp/ManagerRegistry.h"
 
+#include "TestFiles.h"
+
 #include <QtTest>
 
 using corvane::base::business::FileSignature;
 using corvane::base::business::ManagerRegistry;
-
-namespace {
-
-void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    QVERIFY2(file.open(QIODevice::WriteOnly | QIODevice::Truncate), qPrintable(path));
-    file.write(content);
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
-
-} // namespace
 
 class tst_FileSignature : public QObject
 {

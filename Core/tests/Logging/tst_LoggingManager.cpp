@@ -2,6 +2,8 @@
 #include "Logging/LogMessageHandler.h"
 #include "Logging/LoggingManager.h"
 
+#include "TestFiles.h"
+
 #include <QtTest>
 
 #include <log4cplus/hierarchy.h>
@@ -34,13 +36,6 @@ QString applicationFolder()
 QString inApplicationFolder(const QString& relativePath)
 {
     return applicationFolder() + QLatin1Char('/') + relativePath;
-}
-
-void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    QVERIFY2(file.open(QIODevice::WriteOnly | QIODevice::Truncate), qPrintable(path));
-    file.write(content);
 }
 
 void writeProperties(const QString& appenderFile, const QByteArray& loggers = QByteArray())

@@ -1,3 +1,5 @@
+#include "TestFiles.h"
+
 #include <QtTest>
 
 namespace {
@@ -8,19 +10,6 @@ struct Result
     QString out;
     QString err;
 };
-
-void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    QVERIFY2(file.open(QIODevice::WriteOnly | QIODevice::Truncate), qPrintable(path));
-    file.write(content);
-}
-
-QByteArray readFile(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
-}
 
 } // namespace
 
