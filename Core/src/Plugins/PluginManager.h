@@ -1,0 +1,108 @@
+#pragma once
+
+#include "Configuration/PluginConfiguration.h"
+#include "Interfaces/IPluginManager.h"
+
+#include <QHash>
+#include <QList>
+#include <QPair>
+#include <QSet>
+
+class QPluginLoader;
+
+namespace corvane {
+namespace base {
+namespace interfaces {
+class IPlugin;
+}
+namespace business {
+
+/**
+ * Turns the plug-in list of the configuration into running plug-ins: loads each library,
+ * hands each plug-in its configuration element, orders the plug-ins by the services they
+ * provide and require, initializes those of the task "Base", and on request further tasks;
+ * asks them before the application closes; deinitializes (in reverse start order) and unloads
+ * them at the end.
+ *
+ * The configuration names libraries "stem.dll" on every platform; on Linux the manager loads
+ * "libstem.so" (or "stem.so") from the application's folder.
+ */
+class CORE_EXPORT PluginManager : public interfaces::IPluginManager
+{
+    Q_OBJECT
+    Q_INTERFACES(corvane::base::interfaces::IManager corvane::base::interfaces::IPluginManager)
+
+public:
+    static PluginManager* instance();
+
+    ~PluginManager() override;
+
+    void initialize() override;
+    /// Deinitializes and unloads every plug-in.
+    void deinitialize() override;
+    void getName(QString& name) override;
+    void getVersion(QString& version) override;
+    void initializePlugin(const QString& pluginName) override;
+    void deinitializePlugin(const QString& pluginName) override;
+    bool isLoaded(const QString& pluginName) override;
+    bool isInitialized(const QString& pluginName) override;
+    void getAvailablePlugins(QStringList& pluginNames) override;
+    /// Asks every plug-in, also after one refused.
+    bool checkIfApplicationCanClose() override;
+    void getPluginInformation(const QString& pluginName, QString& description,
+                              QString& version) override;
+    void initializePluginsForTasks(const QStringList& tasks) override;
+    void deinitializePluginsForTasks(const QStringList& tasks) override;
+
+    // The phases of the start, called through the virtual table so that a subclass can
+    // replace one.
+    Q_INVOKABLE virtual void loadPlugins();
+    Q_INVOKABLE virtual void loadPlugin(const QString& aPluginFileName);
+    Q_INVOKABLE virtual void orderPlugins();
+    Q_INVOKABLE virtual void initPlugins();
+
+    void unloadPlugin(const QString& pluginName);
+    void unloadPlugins();
+
+    /// Whether every element of b is in a (true for an empty b).
+    bool isSubListOf(const QStringList& a, const QStringList& b) const;
+    /// Whether some element of b is in a (false for an empty b).
+    bool isPartialSubListOf(const QStringList& a, const QStringList& b) const;
+
+    /// The library file that "stem.dll" (or "libstem.so", "stem") names in folder.
+    static QString libraryFile(const QString& folder, const QString& configuredName);
+
+signals:
+    void signalInitialize();
+
+public slots:
+    void slotInitialize();
+
+protected:
+    PluginManager();
+
+private:
+    Q_DISABLE_COPY(PluginManager)
+
+    using LoadedPlugin = QPair<QString, QPluginLoader*>;
+
+    interfaces::IPlugin* pluginOf(const char* method, const QString& name, QPluginLoader* loader);
+    QPluginLoader* loaderOf(const QString& name) const;
+    void initPlugin(QPluginLoader* aPluginLoader);
+    void deinitPlugin(QPluginLoader* aPluginLoader);
+    void configure(QPluginLoader* loader, interfaces::IPlugin* plugin);
+    void logStartUpTimes() const;
+    [[noreturn]] void fail(const char* method, const QString& logged, const QString& reason);
+
+    QList<entities::PluginConfiguration> pluginConfigurations;
+    QList<LoadedPlugin> plugins; // load order, after ordering start order
+    QSet<QString> loadedFiles;
+    QHash<QString, QStringList> tasks;
+    QStringList initializedPlugins;
+    QHash<QString, qint64> loadMilliseconds;
+    QHash<QString, qint64> initializeMilliseconds;
+};
+
+} // namespace business
+} // namespace base
+} // namespace corvane

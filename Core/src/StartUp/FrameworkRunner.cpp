@@ -1,0 +1,170 @@
+#include "StartUp/FrameworkRunner.h"
+
+#include "Configuration/ConfigurationManager.h"
+#include "Exceptions/Exceptions.h"
+#include "Logging/LogMessageHandler.h"
+#include "Logging/LoggingManager.h"
+#include "StartUp/ApplicationQuitHandler.h"
+#include "StartUp/ManagerRegistry.h"
+#include "StartUp/StartUpManager.h"
+
+#include <QApplication>
+#include <QDebug>
+#include <QDir>
+#include <QDomElement>
+#include <QMessageBox>
+
+#include <cstdio>
+#include <memory>
+
+namespace corvane {
+namespace base {
+namespace business {
+
+using entities::ApplicationInformation;
+
+namespace {
+
+// Returned when a run ends through a framework failure.
+constexpr int failedRun = 1;
+
+} // namespace
+
+FrameworkRunner::FrameworkRunner() = default;
+
+int FrameworkRunner::exec(int argc, char** argv, bool checkSignature)
+{
+    this->checkSignature = checkSignature;
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i) {
+        arguments << QString::fromLocal8Bit(argv[i]);
+    }
+
+    if (!retrieveApplicationInfo(arguments)) {
+        qWarning() << QStringLiteral("returnValue: %1").arg(1);
+        return 1;
+    }
+
+    int result = 1;
+    switch (applicationInformation.getApplicationType()) {
+    case ApplicationInformation::GUI:
+        result = runGuiApplication(argc, argv);
+        break;
+    case ApplicationInformation::CONSOLE:
+        result = runConsoleApplication(argc, argv);
+        break;
+    default:
+        break;
+    }
+    qInfo() << QStringLiteral("returnValue: %1").arg(result);
+    LoggingManager::instance()->deinitialize();
+    return result;
+}
+
+bool FrameworkRunner::retrieveApplicationInfo(const QStringList& arguments)
+{
+    const QString path = QDir::cleanPath(arguments.value(0));
+    const QString file = ConfigurationManager::getFilePath(path, arguments);
+    QDomElement root;
+    const QString error = ConfigurationManager::getRootElement(file, root);
+    if (!error.isEmpty()) {
+        std::fputs(("Error: " + error).toLocal8Bit().constData(), stdout);
+        std::fflush(stdout);
+        return false;
+    }
+    QList<entities::PluginConfiguration> pluginConfigurations;
+    ConfigurationManager::readConfig(root, applicationInformation, pluginConfigurations);
+    return true;
+}
+
+void FrameworkRunner::baseInitialization()
+{
+    qInstallMessageHandler(logging::log4cxxMessageHandler);
+    ManagerRegistry* registry = ManagerRegistry::instance();
+    LoggingManager* loggingManager = LoggingManager::instance();
+    registry->registerManager(*loggingManager);
+    loggingManager->initialize();
+
+    ConfigurationManager* configurationManager = ConfigurationManager::instance();
+    registry->registerManager(*configurationManager);
+    if (checkSignature) {
+        configurationManager->checkConfigurationFileSignature();
+    } else {
+        qDebug("initialize: Did not check the signature because disabled this.");
+    }
+    configurationManager->initialize();
+
+    registry->registerManager(*StartUpManager::instance());
+}
+
+int FrameworkRunner::runGuiApplication(int argc, char** argv)
+{
+    QApplication application(argc, argv);
+    if (!applicationInformation.getSingleAppId().isEmpty()) {
+        const int guard = singleApplicationGuardExitCode(application);
+        if (guard < 0) {
+            return guard;
+        }
+    }
+
+    int result = failedRun;
+    try {
+        baseInitialization();
+        qInfo("Start GUI application.");
+        application.installEventFilter(new ApplicationQuitHandler(&application));
+        StartUpManager::instance()->initialize();
+        qInfo("Starting main event loop.");
+        result = application.exec();
+    } catch (const exceptions::BaseException& e) {
+        LoggingManager::instance()->logException(QStringLiteral("main"), e);
+        QMessageBox box;
+        box.setText(QString::fromUtf8(e.what()));
+        box.exec();
+    } catch (...) {
+        qCritical("Catched unkown exception.");
+    }
+    // Plug-ins must not outlive the application object, also when the loop ended without a
+    // quit event (QCoreApplication::exit()).
+    ApplicationQuitHandler::takeDownManagers(&application);
+    return result;
+}
+
+int FrameworkRunner::runConsoleApplication(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    if (!applicationInformation.getSingleAppId().isEmpty()) {
+        const int guard = singleApplicationGuardExitCode(application);
+        if (guard < 0) {
+            return guard;
+        }
+    }
+
+    int result = failedRun;
+    try {
+        baseInitialization();
+        qInfo("Start CONSOLE application.");
+        StartUpManager::instance()->initialize();
+        qInfo("Starting main event loop.");
+        result = application.exec();
+        // No quit handler here: take the managers down now, before the application object goes.
+        ApplicationQuitHandler::takeDownManagers(&application);
+    } catch (const exceptions::BaseException& e) {
+        LoggingManager::instance()->logException(QStringLiteral("main"), e);
+        // A console application does not return normally from a framework failure.
+        qFatal("main: Console application catched: %s", e.what());
+    } catch (...) {
+        qCritical("Catched unkown exception.");
+        ApplicationQuitHandler::takeDownManagers(&application);
+    }
+    return result;
+}
+
+// The single-application guard is not built yet: every instance may run.
+int FrameworkRunner::singleApplicationGuardExitCode(QCoreApplication&) const
+{
+    return 1;
+}
+
+} // namespace business
+} // namespace base
+} // namespace corvane

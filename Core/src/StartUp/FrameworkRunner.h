@@ -1,0 +1,51 @@
+#pragma once
+
+#include "Configuration/ApplicationInformation.h"
+
+#include <QStringList>
+
+class QCoreApplication;
+
+namespace corvane {
+namespace base {
+namespace business {
+
+/**
+ * The entry of an application:
+ *
+ *     int main(int argc, char** argv)
+ *     {
+ *         return corvane::base::business::FrameworkRunner().exec(argc, argv, false);
+ *     }
+ *
+ * reads the configuration beside the executable (or the file after "-C"), runs the
+ * application as a GUI or console application with its managers and plug-ins, and returns the
+ * exit code: the event loop's, 1 for an unreadable configuration or an unknown application
+ * type, a negative code when another instance runs.
+ */
+class CORE_EXPORT FrameworkRunner
+{
+public:
+    FrameworkRunner();
+
+    int exec(int argc, char** argv, bool checkSignature);
+
+    /// Reads the application information; writes "Error: <reason>" to standard output and
+    /// answers false when the configuration cannot be read.
+    bool retrieveApplicationInfo(const QStringList& arguments);
+    /// Message handler, logging and configuration managers, signature check, start-up manager.
+    void baseInitialization();
+    int runGuiApplication(int argc, char** argv);
+    int runConsoleApplication(int argc, char** argv);
+
+private:
+    /// The single-application guard's answer: negative ends the run at once.
+    int singleApplicationGuardExitCode(QCoreApplication& application) const;
+
+    entities::ApplicationInformation applicationInformation;
+    bool checkSignature = false;
+};
+
+} // namespace business
+} // namespace base
+} // namespace corvane
