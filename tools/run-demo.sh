@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
-# Builds and runs the demo application. The demo arrives together with the framework runner;
-# until then this only builds the library.
+# Installs what is missing, builds and installs the library (build/demo/prefix), builds the
+# demo application against that installed library only, and runs the console demo, which
+# prints its inventory report and ends by itself. Arguments go to the demo, for example
+#   bash tools/run-demo.sh -C corvane-demo-audit.xml
 set -euo pipefail
 
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -8,9 +10,20 @@ build="${CORVANE_DEMO_BUILD_DIR:-$root/build/demo}"
 
 bash "$root/tools/install-dependencies.sh"
 
-cmake -S "$root" -B "$build" -G Ninja \
+cmake -S "$root" -B "$build/library" -G Ninja \
     -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DCMAKE_CXX_COMPILER_LAUNCHER=ccache \
-    -DCORVANE_BUILD_TESTS=OFF
-cmake --build "$build" -j2
-echo "There is no demo application yet: it comes with the framework runner. The library is built in $build/bin."
+    -DCMAKE_INSTALL_PREFIX="$build/prefix" \
+    -DCORVANE_BUILD_TESTS=OFF \
+    -DCORVANE_BUILD_EXAMPLES=OFF
+cmake --build "$build/library" -j2
+cmake --install "$build/library" > /dev/null
+
+cmake -S "$root/examples" -B "$build/application" -G Ninja \
+    -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DCMAKE_CXX_COMPILER_LAUNCHER=ccache \
+    -DCMAKE_PREFIX_PATH="$build/prefix"
+cmake --build "$build/application" -j2
+
+echo "Running $build/application/bin/corvane-demo $*"
+"$build/application/bin/corvane-demo" "$@"

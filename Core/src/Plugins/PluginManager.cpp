@@ -157,11 +157,14 @@ void PluginManager::loadPlugin(const QString& aPluginFileName)
     }
     QElapsedTimer timer;
     timer.start();
-    auto loader = std::make_unique<QPluginLoader>(
-        libraryFile(QCoreApplication::applicationDirPath(), aPluginFileName));
+    const QString file = libraryFile(QCoreApplication::applicationDirPath(), aPluginFileName);
+    auto loader = std::make_unique<QPluginLoader>(file);
     QObject* instance = loader->instance();
     if (instance == nullptr) {
-        fail("loadPlugin", QStringLiteral("loadPlugin: Failed to load plugin: ") + aPluginFileName,
+        // Qt's explanation does not always name the file; the log line does.
+        fail("loadPlugin",
+             QStringLiteral("loadPlugin: Failed to load plugin: %1 from %2")
+                 .arg(aPluginFileName, QDir::toNativeSeparators(file)),
              QStringLiteral("Failed to load plugin (%1). %2")
                  .arg(aPluginFileName, loader->errorString()));
     }
@@ -559,7 +562,7 @@ QString PluginManager::libraryFile(const QString& folder, const QString& configu
 {
     const QFileInfo configured(configuredName);
     const QString stem = stemOf(configuredName);
-    const QDir directory(QDir(folder).filePath(configured.path()));
+    const QDir directory(QDir::cleanPath(QDir(folder).filePath(configured.path())));
     for (const QString& candidate :
          {QStringLiteral("lib%1.so").arg(stem), stem + QStringLiteral(".so")}) {
         if (directory.exists(candidate)) {

@@ -1,0 +1,81 @@
+// One plug-in source, built into several libraries: TEST_PLUGIN_NAME, TEST_PROVIDES,
+// TEST_REQUIRES, TEST_OPTIONAL and TEST_TASKS (comma-separated) make each one different.
+// Its configuration element may say <canClose>false</canClose> or
+// <failInitialize>true</failInitialize>. It reports what is done to it as Qt messages.
+
+#include <Exceptions/Exceptions.h>
+#include <Utility/AbstractPlugin.h>
+#include <Utility/XMLHelper.h>
+
+#include <QDebug>
+#include <QDomElement>
+
+namespace {
+
+QStringList listOf(const char* text)
+{
+    return QString::fromLatin1(text).split(QLatin1Char(','), Qt::SkipEmptyParts);
+}
+
+using corvane::base::core::utility::XMLHelper;
+
+class TestPlugin : public corvane::base::core::utility::AbstractPlugin
+{
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID "de.corvane.plugin.IPlugin/1.0")
+    Q_INTERFACES(corvane::base::interfaces::IPlugin)
+
+public:
+    TestPlugin()
+    {
+        for (const QString& service : listOf(TEST_PROVIDES)) {
+            addProvidedService(nullptr, service);
+        }
+        for (const QString& service : listOf(TEST_REQUIRES)) {
+            addRequiredService(service);
+        }
+        for (const QString& service : listOf(TEST_OPTIONAL)) {
+            addOptionalRequiredService(service);
+        }
+    }
+
+    void getName(QString& name) override { name = QStringLiteral(TEST_PLUGIN_NAME); }
+    void getProvidedTasks(QStringList& tasks) override { tasks = listOf(TEST_TASKS); }
+
+    void setConfiguration(QDomElement& configuration) override
+    {
+        XMLHelper::readBoolFromXML(configuration, QStringLiteral("canClose"), &canClose);
+        XMLHelper::readBoolFromXML(configuration, QStringLiteral("failInitialize"),
+                                   &failInitialize);
+    }
+
+    void initialize() override
+    {
+        if (failInitialize) {
+            throw corvane::base::exceptions::PluginException(this, QStringLiteral("initialize()"),
+                                                             QStringLiteral("refuses to start"));
+        }
+        AbstractPlugin::initialize();
+        qInfo("test: %s initialized", TEST_PLUGIN_NAME);
+    }
+
+    void deinitialize() override
+    {
+        AbstractPlugin::deinitialize();
+        qInfo("test: %s deinitialized", TEST_PLUGIN_NAME);
+    }
+
+    bool checkCanClose() override
+    {
+        qInfo("test: %s asked", TEST_PLUGIN_NAME);
+        return canClose;
+    }
+
+private:
+    bool canClose = true;
+    bool failInitialize = false;
+};
+
+} // namespace
+
+#include "TestPlugin.moc"
