@@ -1,0 +1,81 @@
+// Ordering plug-ins by their service dependencies: a chain against name order, where each
+// pass of the defined passes orders one plug-in, and random acyclic graphs with about three
+// requirements per plug-in.
+
+#include "RatioReporter.h"
+
+#include "Plugins/PluginOrder.h"
+
+#include <QRandomGenerator>
+
+using corvane::base::business::PluginOrder;
+
+namespace {
+
+QString nameOf(int index)
+{
+    return QStringLiteral("P%1").arg(index, 5, 10, QLatin1Char('0'));
+}
+
+QString serviceOf(int index)
+{
+    return QStringLiteral("S%1").arg(index);
+}
+
+// P00000 needs P00001's service, which needs P00002's, ...: the last is ordered first.
+QList<PluginOrder::Plugin> chain(int count)
+{
+    QList<PluginOrder::Plugin> plugins;
+    for (int i = 0; i < count; ++i) {
+        plugins.append({nameOf(i), {serviceOf(i)}, {}, {}});
+        if (i + 1 < count) {
+            plugins.last().required.append(serviceOf(i + 1));
+        }
+    }
+    return plugins;
+}
+
+// Each plug-in requires about three services of plug-ins with a higher index.
+QList<PluginOrder::Plugin> randomGraph(int count)
+{
+    QRandomGenerator random(4711);
+    QList<PluginOrder::Plugin> plugins;
+    for (int i = 0; i < count; ++i) {
+        plugins.append({nameOf(i), {serviceOf(i)}, {}, {}});
+        for (int r = 0; r < 3 && i + 1 < count; ++r) {
+            plugins.last().required.append(serviceOf(i + 1 + random.bounded(count - i - 1)));
+        }
+    }
+    return plugins;
+}
+
+void run(benchmark::State& state, const QList<PluginOrder::Plugin>& plugins)
+{
+    for (auto _ : state) {
+        const PluginOrder::Result result = PluginOrder::order(plugins);
+        if (!result.leftOver.isEmpty()) {
+            state.SkipWithError("not every plug-in was ordered");
+        }
+        benchmark::DoNotOptimize(result.order);
+    }
+    // Seconds per plug-in (shown with an SI prefix: "1.1u" is 1.1 microseconds).
+    state.counters["per_plugin"] = benchmark::Counter(double(plugins.size()),
+                                                      benchmark::Counter::kIsIterationInvariantRate
+                                                          | benchmark::Counter::kInvert);
+}
+
+void BM_OrderChain(benchmark::State& state)
+{
+    run(state, chain(int(state.range(0))));
+}
+BENCHMARK(BM_OrderChain)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+
+void BM_OrderRandomGraph(benchmark::State& state)
+{
+    run(state, randomGraph(int(state.range(0))));
+}
+BENCHMARK(BM_OrderRandomGraph)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+BENCHMARK_MAIN();
