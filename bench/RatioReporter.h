@@ -18,7 +18,9 @@ public:
     {
         for (const Run& run : runs) {
             if (run.run_type == Run::RT_Iteration) {
-                nanoseconds[run.benchmark_name()] = run.GetAdjustedRealTime();
+                // GetAdjustedRealTime() is in the benchmark's own time unit.
+                nanoseconds[run.benchmark_name()] = run.GetAdjustedRealTime() * 1e9
+                    / benchmark::GetTimeUnitMultiplier(run.time_unit);
             }
         }
         ConsoleReporter::ReportRuns(runs);
@@ -45,6 +47,13 @@ public:
             std::printf("\n");
         }
         return met;
+    }
+
+    /// Real time per iteration of a benchmark run, 0 when it did not run.
+    double nanosecondsOf(const std::string& name) const
+    {
+        const auto found = nanoseconds.find(name);
+        return found == nanoseconds.end() ? 0 : found->second;
     }
 
 private:
