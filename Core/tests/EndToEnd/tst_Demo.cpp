@@ -36,7 +36,7 @@ void tst_Demo::init()
     const QDir demo(QStringLiteral(DEMO_FOLDER));
     for (const QString& file :
          {"corvane-demo", "libInventory.so", "libReport.so", "libAudit.so", "libWindow.so",
-          "corvane-demo.xml", "corvane-demo-audit.xml", "corvane-demo-gui.xml",
+          "libHeartbeat.so", "corvane-demo.xml", "corvane-demo-audit.xml", "corvane-demo-gui.xml",
           "corvane-demo.properties", "inventory.csv"}) {
         QVERIFY2(QFile::copy(demo.filePath(file), path(file)), qPrintable(file));
     }
@@ -69,7 +69,9 @@ void tst_Demo::console()
 {
     const Run result = run({});
     QCOMPARE(result.exitCode, 0);
-    QVERIFY2(result.out.startsWith("Inventory report (inventory.csv)\n"), qPrintable(result.out));
+    QVERIFY2(result.out.startsWith("Inventory report (inventory.csv)\nHost: "),
+             qPrintable(result.out));
+    QVERIFY(!result.out.contains("Host: unknown"));
     QVERIFY(result.out.contains(QRegularExpression("\nTotal +393 +386\\.85\n$")));
     QVERIFY(
         result.log.contains("----------------start of log file----------------------------------"));
@@ -145,12 +147,14 @@ void tst_Demo::gui()
 {
     QProcessEnvironment environment;
     environment.insert("QT_QPA_PLATFORM", "offscreen");
-    environment.insert("CORVANE_DEMO_CLOSE_AFTER_MS", "200");
+    environment.insert("CORVANE_DEMO_CLOSE_AFTER_MS", "1000");
     const Run result = run({"-C", "corvane-demo-gui.xml"}, environment);
     QCOMPARE(result.exitCode, 0);
     QVERIFY(result.log.contains("Start GUI application."));
     QVERIFY(result.log.contains("initialize: inventory window shown"));
     QVERIFY(result.log.contains("deinitPlugin: Plugin WindowPlugin deinitialized."));
+    QVERIFY(result.log.contains("heartbeat 1")); // 100 ms beats while the window is open
+    QVERIFY(result.log.contains(QRegularExpression("deinitialize: \\d+ heartbeats")));
 }
 
 QTEST_MAIN(tst_Demo)

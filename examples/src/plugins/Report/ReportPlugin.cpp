@@ -4,12 +4,16 @@
 
 #include "Inventory/IInventory.h"
 
+#include <QtProxies/IProcessProxy.h>
+#include <QtProxies/ProcessProxyFactory.h>
 #include <Utility/AbstractPlugin.h>
 #include <Utility/AbstractService.h>
 
 #include <QCoreApplication>
 #include <QEvent>
 #include <QTextStream>
+
+#include <memory>
 
 namespace corvane {
 namespace demo {
@@ -47,6 +51,7 @@ private:
     {
         QTextStream out(stdout);
         out << "Inventory report (" << inventory.source() << ")\n";
+        out << "Host: " << hostName() << "\n";
         out << QStringLiteral("%1 %2 %3 %4\n")
                    .arg("Item", -20)
                    .arg("Qty", 6)
@@ -69,6 +74,18 @@ private:
                    .arg(pieces, 6)
                    .arg("", 10)
                    .arg(total, 10, 'f', 2);
+    }
+
+    // Asked of the system, through a process proxy that tests or other hosts can replace.
+    static QString hostName()
+    {
+        std::unique_ptr<base::core::IProcessProxy> process(
+            base::core::ProcessProxyFactory::createProcessProxy(nullptr));
+        process->start(QStringLiteral("uname"), {QStringLiteral("-n")});
+        if (!process->waitForFinished(5000) || process->exitCode() != 0) {
+            return QStringLiteral("unknown");
+        }
+        return QString::fromLocal8Bit(process->readAllStandardOutput()).trimmed();
     }
 
     QString inventoryService;
