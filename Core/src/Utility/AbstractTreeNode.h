@@ -1,0 +1,58 @@
+#pragma once
+
+#include "CoreExport.h"
+
+#include <QString>
+#include <QVector>
+
+namespace corvane {
+namespace base {
+namespace core {
+namespace utility {
+
+/**
+ * A node of a named tree. A node points at its parent and children and owns none of them.
+ * Subclasses add a payload; every operation is virtual so that they may refine it.
+ *
+ * Kept as existing callers know them: getChildAt() accepts an index equal to the count (and
+ * negative ones), so stay below getChildrenCount(); getNodeForTreeNodeName() answers the last
+ * subtree searched, not the first hit; removeTreeNode() answers true only for a child of the
+ * searched node itself.
+ */
+class CORE_EXPORT AbstractTreeNode
+{
+public:
+    /// The root: named "ROOT", no parent, row 0.
+    AbstractTreeNode();
+    /// Does not add itself to parent's children.
+    AbstractTreeNode(QString name, AbstractTreeNode* parent, int row);
+    virtual ~AbstractTreeNode();
+
+    /// The process-wide root node, named "ROOT".
+    static AbstractTreeNode* root();
+
+    virtual void getNodeName(QString& name) const;
+    virtual void getChildren(QVector<AbstractTreeNode*>& children);
+    virtual AbstractTreeNode* getParentTreeNode();
+    virtual AbstractTreeNode* getNodeForTreeNodeName(AbstractTreeNode* start, const QString& name);
+    /// Appends node to the children (false for null); node's parent is left as it is.
+    virtual bool addTreeNode(AbstractTreeNode* node);
+    /// Adds node to parent when parent is a child of this node, else to this node's parent.
+    virtual bool addTreeNode(AbstractTreeNode* parent, AbstractTreeNode* node);
+    virtual bool removeTreeNode(AbstractTreeNode* parent, AbstractTreeNode* node);
+    virtual void hasChildren(bool& hasChildren) const;
+    virtual void getChildrenCount(int& count) const;
+    virtual AbstractTreeNode* getChildAt(int index) const;
+    virtual void getNodeRow(int& row) const;
+
+private:
+    QVector<AbstractTreeNode*> children;
+    QString nodeName;
+    AbstractTreeNode* parent;
+    int row;
+};
+
+} // namespace utility
+} // namespace core
+} // namespace base
+} // namespace corvane
