@@ -1,0 +1,25 @@
+#pragma once
+
+#include "CoreExport.h"
+
+namespace corvane {
+namespace base {
+namespace core {
+namespace entity {
+
+/**
+ * Base of the framework's data records. Fields are read by name through an
+ * AbstractEntityBaseData of the entity's class, which holds the entity's const getters of the
+ * form void (Entity::*)(T&) const, cast to EntityBase.
+ */
+class CORE_EXPORT EntityBase
+{
+public:
+    EntityBase();
+    virtual ~EntityBase() = 0;
+};
+
+} // namespace entity
+} // namespace core
+} // namespace base
+} // namespace corvane
