@@ -18,7 +18,8 @@ QStringList table(int highest)
     for (int value = 0; value <= highest; ++value) {
         const QString name = E::asName(typename E::Enum(value));
         const bool roundTrip = E::asEnum(name) == value;
-        entries << QStringLiteral("%1=%2%3").arg(value).arg(name, roundTrip ? "" : " (no round trip)");
+        entries << QStringLiteral("%1=%2%3").arg(value).arg(name,
+                                                            roundTrip ? "" : " (no round trip)");
     }
     return entries;
 }

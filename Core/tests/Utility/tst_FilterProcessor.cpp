@@ -298,15 +298,12 @@ QString namesOf(const QList<EntityBase*>& entities)
     return names.join(',');
 }
 
-template <class Exception>
 QString failureOf(const std::function<void()>& call)
 {
     try {
         call();
-    } catch (const Exception& e) {
-        return QString::fromUtf8(e.what());
     } catch (const BaseException& e) {
-        return QStringLiteral("other exception: ") + e.what();
+        return QString::fromUtf8(e.what());
     }
     return QStringLiteral("<no exception>");
 }
@@ -457,8 +454,7 @@ void tst_FilterProcessor::errors()
     const ComplexFilter& complex = f.chain(chains.at(chain));
     FilterProcessor processor(&data);
     QList<EntityBase*> out;
-    QCOMPARE(failureOf<BaseException>([&] { processor.applyFilter(entities(), complex, out); }),
-             what);
+    QCOMPARE(failureOf([&] { processor.applyFilter(entities(), complex, out); }), what);
 }
 
 void tst_FilterProcessor::randomChainsAgreeWithTheRules()

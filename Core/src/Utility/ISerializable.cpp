@@ -1,0 +1,14 @@
+#include "Utility/ISerializable.h"
+
+namespace corvane {
+namespace base {
+namespace core {
+namespace interfaces {
+
+// Out of line, so that the interface's type information lives in the library.
+ISerializable::~ISerializable() = default;
+
+} // namespace interfaces
+} // namespace core
+} // namespace base
+} // namespace corvane
