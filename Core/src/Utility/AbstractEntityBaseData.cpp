@@ -7,23 +7,16 @@ namespace entity {
 
 namespace {
 
-// Reads a field through its getter; a null getter (left by a lookup of an unknown name)
-// gives the type's default value instead of a call through null.
-// Stored is the type the value is wrapped as (a long becomes a 64-bit qlonglong).
-template <class T, class Stored = T, class Getter>
-bool read(const QMap<QString, Getter>& table, const QString& name, const EntityBase& entity,
-          QVariant& value)
+// A null getter (left by a lookup of an unknown name) gives the type's default value instead
+// of a call through null.
+template <class T, class Getter>
+T read(Getter getter, const EntityBase& entity)
 {
-    const auto found = table.constFind(name);
-    if (found == table.constEnd()) {
-        return false;
+    T value {};
+    if (getter != nullptr) {
+        (entity.*getter)(value);
     }
-    T field {};
-    if (found.value() != nullptr) {
-        (entity.*found.value())(field);
-    }
-    value = QVariant::fromValue(Stored(field));
-    return true;
+    return value;
 }
 
 } // namespace
@@ -41,16 +34,65 @@ QStringList AbstractEntityBaseData::keys() const
 
 QVariant AbstractEntityBaseData::get(const QString& name, const EntityBase& entity)
 {
-    QVariant value;
-    read<QString>(stringFunctions, name, entity, value)
-        || read<QDate>(dateFunctions, name, entity, value)
-        || read<QDateTime>(dateTimeFunctions, name, entity, value)
-        || read<int>(intFunctions, name, entity, value)
-        || read<long, qlonglong>(longFunctions, name, entity, value)
-        || read<float>(floatFunctions, name, entity, value)
-        || read<double>(doubleFunctions, name, entity, value)
-        || read<bool>(boolFunctions, name, entity, value);
-    return value;
+    const auto found = fields.constFind(name);
+    if (found == fields.constEnd()) {
+        return QVariant();
+    }
+    const Field& field = found.value();
+    switch (field.kind) {
+    case Field::String:
+        return read<QString>(field.string, entity);
+    case Field::Date:
+        return read<QDate>(field.date, entity);
+    case Field::DateTime:
+        return read<QDateTime>(field.dateTime, entity);
+    case Field::Int:
+        return read<int>(field.integer, entity);
+    case Field::Long:
+        return qlonglong(read<long>(field.longInteger, entity));
+    case Field::Float:
+        return read<float>(field.floating, entity);
+    case Field::Double:
+        return read<double>(field.doubleFloating, entity);
+    case Field::Bool:
+        return read<bool>(field.boolean, entity);
+    }
+    return QVariant();
+}
+
+// The first table holding the name, in get()'s order: string, date, date-time, int, long,
+// float, double, bool.
+void AbstractEntityBaseData::index(const QString& name)
+{
+    Field field {Field::String};
+    if (stringFunctions.contains(name)) {
+        field.string = stringFunctions.value(name);
+    } else if (dateFunctions.contains(name)) {
+        field = {Field::Date};
+        field.date = dateFunctions.value(name);
+    } else if (dateTimeFunctions.contains(name)) {
+        field = {Field::DateTime};
+        field.dateTime = dateTimeFunctions.value(name);
+    } else if (intFunctions.contains(name)) {
+        field = {Field::Int};
+        field.integer = intFunctions.value(name);
+    } else if (longFunctions.contains(name)) {
+        field = {Field::Long};
+        field.longInteger = longFunctions.value(name);
+    } else if (floatFunctions.contains(name)) {
+        field = {Field::Float};
+        field.floating = floatFunctions.value(name);
+    } else if (doubleFunctions.contains(name)) {
+        field = {Field::Double};
+        field.doubleFloating = doubleFunctions.value(name);
+    } else if (boolFunctions.contains(name)) {
+        field = {Field::Bool};
+        field.boolean = boolFunctions.value(name);
+    } else {
+        fields.remove(name);
+        return;
+    }
+    fields.insert(name, field);
 }
 
 bool AbstractEntityBaseData::contains(const QString& name) const
@@ -83,10 +125,12 @@ bool AbstractEntityBaseData::isBool(const QString& name) const
     void AbstractEntityBaseData::set##Kind##Function(QString name, Getter getter)                  \
     {                                                                                              \
         table.insert(name, getter);                                                                \
+        index(name);                                                                               \
     }                                                                                              \
     void AbstractEntityBaseData::get##Kind##Function(const QString& name, Getter& getter)          \
     {                                                                                              \
         getter = table[name];                                                                      \
+        index(name);                                                                               \
     }
 
 CORVANE_FIELD_FUNCTIONS(String, StringGetter, stringFunctions)
@@ -109,6 +153,10 @@ void AbstractEntityBaseData::clear()
     boolFunctions.clear();
     floatFunctions.clear();
     doubleFunctions.clear();
+    fields.clear();
+    for (const QString& name : longFunctions.keys()) {
+        index(name);
+    }
 }
 
 } // namespace entity

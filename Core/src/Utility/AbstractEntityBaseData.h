@@ -5,6 +5,7 @@
 
 #include <QDate>
 #include <QDateTime>
+#include <QHash>
 #include <QMap>
 #include <QStringList>
 #include <QVariant>
@@ -75,6 +76,23 @@ public:
     void clear();
 
 private:
+    // Which table get() reads a name from, and its getter: kept up to date by every change
+    // of the tables, so that get() is one hash lookup and never writes.
+    struct Field
+    {
+        enum Kind { String, Date, DateTime, Int, Long, Float, Double, Bool } kind;
+        StringGetter string = nullptr;
+        DateGetter date = nullptr;
+        DateTimeGetter dateTime = nullptr;
+        IntGetter integer = nullptr;
+        LongGetter longInteger = nullptr;
+        FloatGetter floating = nullptr;
+        DoubleGetter doubleFloating = nullptr;
+        BoolGetter boolean = nullptr;
+    };
+    void index(const QString& name);
+
+    QHash<QString, Field> fields;
     QMap<QString, StringGetter> stringFunctions;
     QMap<QString, DateGetter> dateFunctions;
     QMap<QString, DateTimeGetter> dateTimeFunctions;

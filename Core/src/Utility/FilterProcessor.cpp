@@ -410,7 +410,9 @@ void FilterProcessor::applyFilter(const QList<EntityBase*>& entities, const Comp
     groups.append(group);
 
     QList<EntityBase*> united;
+    united.reserve(entities.size());
     QSet<EntityBase*> inUnion;
+    inUnion.reserve(entities.size());
     QList<EntityBase*> matched;
     QList<EntityBase*> notMatched;
     for (const QList<Step>& steps : qAsConst(groups)) {
@@ -444,6 +446,8 @@ void FilterProcessor::doFiltering(const QList<EntityBase*>& entities, const Filt
     const Reporter reporter {this};
     matched.clear();
     notMatched.clear();
+    matched.reserve(entities.size());
+    notMatched.reserve(entities.size());
     switch (filter != nullptr ? filter->getType() : FilterTypeEnum::UNKNOWN) {
     case FilterTypeEnum::CONDITION_FILTER:
         split(entities,
