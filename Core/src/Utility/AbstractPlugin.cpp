@@ -13,7 +13,7 @@ namespace base {
 namespace core {
 namespace utility {
 
-using interfaces::IService;
+using base::interfaces::IService;
 
 AbstractPlugin::AbstractPlugin()
     : loggingManager(business::ManagerRegistry::instance()->getLoggingManager())
@@ -117,7 +117,7 @@ bool AbstractPlugin::checkCanClose()
     return true;
 }
 
-interfaces::ILoggingManager* AbstractPlugin::getLogger() const
+base::interfaces::ILoggingManager* AbstractPlugin::getLogger() const
 {
     return loggingManager;
 }

@@ -31,7 +31,7 @@ namespace utility {
  *
  * The plug-in's name is its bare class name ("HelloPlugin"), its task "Base".
  */
-class CORE_EXPORT AbstractPlugin : public QObject, public interfaces::IPlugin
+class CORE_EXPORT AbstractPlugin : public QObject, public base::interfaces::IPlugin
 {
     Q_OBJECT
     Q_INTERFACES(corvane::base::interfaces::IPlugin)
@@ -51,7 +51,7 @@ public:
     void getRequiredServices(QStringList& services) override;
     void getOptionalRequiredServices(QStringList& services) override;
     bool checkCanClose() override;
-    virtual interfaces::ILoggingManager* getLogger() const;
+    virtual base::interfaces::ILoggingManager* getLogger() const;
     virtual void connectToMember(const QObject* sender, const char* signal, const QObject* receiver,
                                  const char* member, Qt::ConnectionType type = Qt::AutoConnection);
     virtual void disconnectFromMember(const QObject* sender, const char* signal,
@@ -59,9 +59,9 @@ public:
     virtual void addRequiredService(const QString& serviceName);
     virtual void addOptionalRequiredService(const QString& serviceName);
     /// Takes ownership of service.
-    virtual void addProvidedService(interfaces::IService* service, const QString& name);
+    virtual void addProvidedService(base::interfaces::IService* service, const QString& name);
     /// The service last added under name, or null.
-    virtual interfaces::IService* getProvidedServiceForInterfaceName(const QString& name);
+    virtual base::interfaces::IService* getProvidedServiceForInterfaceName(const QString& name);
     /// Deletes the provided services, last added first.
     virtual void cleanupServices();
     virtual void setDescription(const QString& description);
@@ -70,10 +70,10 @@ private:
     Q_DISABLE_COPY(AbstractPlugin)
 
     bool m_initialized = false;
-    interfaces::ILoggingManager* loggingManager;
+    base::interfaces::ILoggingManager* loggingManager;
     QStringList requiredServices;
     QStringList optionalRequiredServices;
-    QList<QPair<QString, interfaces::IService*>> providedServices;
+    QList<QPair<QString, base::interfaces::IService*>> providedServices;
     QString description;
 };
 

@@ -13,7 +13,7 @@ namespace base {
 namespace core {
 namespace utility {
 
-using interfaces::IService;
+using base::interfaces::IService;
 
 AbstractService::AbstractService() : registry(business::ManagerRegistry::instance()) { }
 
@@ -73,7 +73,7 @@ bool AbstractService::isInitialized()
     return m_initialized;
 }
 
-interfaces::ILoggingManager* AbstractService::getLogger() const
+base::interfaces::ILoggingManager* AbstractService::getLogger() const
 {
     return registry->getLoggingManager();
 }

@@ -34,7 +34,7 @@ namespace utility {
  *         QString clock;
  *     };
  */
-class CORE_EXPORT AbstractService : public interfaces::IService
+class CORE_EXPORT AbstractService : public base::interfaces::IService
 {
     Q_OBJECT
 
@@ -49,13 +49,13 @@ public:
     void getName(QString& name) override;
     void getVersion(QString& version) override;
     virtual bool isInitialized();
-    virtual interfaces::ILoggingManager* getLogger() const;
+    virtual base::interfaces::ILoggingManager* getLogger() const;
     virtual void connectToMember(const QObject* sender, const char* signal, const QObject* receiver,
                                  const char* member, Qt::ConnectionType type = Qt::AutoConnection);
     virtual void disconnectFromMember(const QObject* sender, const char* signal,
                                       const QObject* receiver, const char* member);
-    virtual interfaces::IService* getServiceForConcreteName(const QString& serviceName) const;
-    virtual interfaces::IService* getServiceForInterfaceName(const QString& name) const;
+    virtual base::interfaces::IService* getServiceForConcreteName(const QString& serviceName) const;
+    virtual base::interfaces::IService* getServiceForInterfaceName(const QString& name) const;
     /// Binds member to the service implementing the interface (or class) name.
     virtual void assignMemberToServiceName(QString* member, const QString& name);
     virtual void resolveServices();

@@ -61,7 +61,7 @@ private:
     void split(const QList<entity::EntityBase*>& entities, const Prepared& prepared,
                QList<entity::EntityBase*>& matched, QList<entity::EntityBase*>& notMatched);
 
-    interfaces::ILoggingManager* loggingManager;
+    base::interfaces::ILoggingManager* loggingManager;
     entity::AbstractEntityBaseData* entityData;
 };
 

@@ -13,7 +13,7 @@ namespace utility {
 namespace {
 
 template <class Exception>
-[[noreturn]] void raise(const QObject* owner, interfaces::ILoggingManager* logger,
+[[noreturn]] void raise(const QObject* owner, base::interfaces::ILoggingManager* logger,
                         const QString& reason)
 {
     const Exception exception(owner, QStringLiteral("connectToMember"), reason);
@@ -23,7 +23,7 @@ template <class Exception>
 
 } // namespace
 
-void GuardedConnection::connect(const QObject* owner, interfaces::ILoggingManager* logger,
+void GuardedConnection::connect(const QObject* owner, base::interfaces::ILoggingManager* logger,
                                 const QObject* sender, const char* signal, const QObject* receiver,
                                 const char* member, Qt::ConnectionType type)
 {
@@ -51,7 +51,7 @@ void GuardedConnection::connect(const QObject* owner, interfaces::ILoggingManage
     logger->logDebug(owner, QStringLiteral("connectToMember: done."));
 }
 
-void GuardedConnection::disconnect(const QObject* owner, interfaces::ILoggingManager* logger,
+void GuardedConnection::disconnect(const QObject* owner, base::interfaces::ILoggingManager* logger,
                                    const QObject* sender, const char* signal,
                                    const QObject* receiver, const char* member)
 {

@@ -24,11 +24,11 @@ class CORE_EXPORT GuardedConnection
 public:
     /// Throws NullPointerException for the first null of sender, signal, receiver, member, and
     /// ConnectFailedException when Qt refuses the connection.
-    static void connect(const QObject* owner, interfaces::ILoggingManager* logger,
+    static void connect(const QObject* owner, base::interfaces::ILoggingManager* logger,
                         const QObject* sender, const char* signal, const QObject* receiver,
                         const char* member, Qt::ConnectionType type);
     /// Never throws: a null pointer or a failed disconnection is only logged.
-    static void disconnect(const QObject* owner, interfaces::ILoggingManager* logger,
+    static void disconnect(const QObject* owner, base::interfaces::ILoggingManager* logger,
                            const QObject* sender, const char* signal, const QObject* receiver,
                            const char* member);
 };

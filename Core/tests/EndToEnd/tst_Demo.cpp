@@ -72,7 +72,11 @@ void tst_Demo::console()
     QVERIFY2(result.out.startsWith("Inventory report (inventory.csv)\nHost: "),
              qPrintable(result.out));
     QVERIFY(!result.out.contains("Host: unknown"));
-    QVERIFY(result.out.contains(QRegularExpression("\nTotal +393 +386\\.85\n$")));
+    // The configured filter: price about 2 or more, then cables outside the first half-year.
+    QVERIFY2(result.out.contains(QRegularExpression(
+                 "\nBrass hinge .*\nDrill bit 6 mm .*\nEspresso cups .*\nCopper wire \\(m\\) .*\n"
+                 "Total +273 +344\\.85\n$")),
+             qPrintable(result.out));
     QVERIFY(
         result.log.contains("----------------start of log file----------------------------------"));
     QVERIFY(
@@ -141,6 +145,9 @@ void tst_Demo::optionalConsumer()
     QCOMPARE(result.exitCode, 0);
     QVERIFY(result.out.contains(
         "Audit: reorder Brass hinge (8 left)\nAudit: reorder Drill bit 6 mm (3 left)\n"));
+    // This configuration asks the report for JSON, through the serializer factory.
+    QVERIFY2(result.out.contains("[\n    {\n        \"item\": \"Anchor bolt\","),
+             qPrintable(result.out));
 }
 
 void tst_Demo::gui()

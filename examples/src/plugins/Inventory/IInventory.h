@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDate>
 #include <QList>
 #include <QString>
 #include <QtPlugin>
@@ -12,6 +13,7 @@ struct InventoryItem
     QString name;
     int quantity = 0;
     double price = 0;
+    QDate received;
 };
 
 /// The stock of the demo shop, provided by the Inventory plug-in.

@@ -31,8 +31,10 @@ void InventoryService::initialize()
         bool quantityOk = false;
         bool priceOk = false;
         InventoryItem item {fields.value(0).trimmed(), fields.value(1).toInt(&quantityOk),
-                            fields.value(2).toDouble(&priceOk)};
-        if (fields.size() != 3 || !quantityOk || !priceOk || item.name.isEmpty()) {
+                            fields.value(2).toDouble(&priceOk),
+                            QDate::fromString(fields.value(3).trimmed(), Qt::ISODate)};
+        if (fields.size() != 4 || !quantityOk || !priceOk || item.name.isEmpty()
+            || !item.received.isValid()) {
             qWarning().noquote()
                 << QStringLiteral("initialize: skipped line %1 of %2").arg(number).arg(file);
             continue;

@@ -7,7 +7,8 @@
 namespace corvane {
 namespace demo {
 
-/// Reads the records of a CSV file ("name,quantity,price" after a header line) when it is
+/// Reads the records of a CSV file ("name,quantity,price,received" after a header line, the
+/// date as yyyy-MM-dd) when it is
 /// initialized.
 class InventoryService : public base::core::utility::AbstractService, public IInventory
 {

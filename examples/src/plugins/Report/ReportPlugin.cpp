@@ -1,15 +1,22 @@
-// Prints the inventory report. The inventory is bound late, by its interface: the service
-// learns at initialization which registered service implements it. A console application ends
+// Prints the inventory report: the items that pass the filter of the plug-in's configuration,
+// as a table or, with <format>csv</format> or <format>json</format>, through the serializer
+// of that name. The inventory is bound late, by its interface. A console application ends
 // itself once the report is printed.
 
-#include "Inventory/IInventory.h"
+#include "Report/FilterReader.h"
+#include "Report/InventoryRecord.h"
+#include "Report/ReportFormats.h"
 
 #include <QtProxies/IProcessProxy.h>
 #include <QtProxies/ProcessProxyFactory.h>
 #include <Utility/AbstractPlugin.h>
 #include <Utility/AbstractService.h>
+#include <Utility/FilterProcessor.h>
+#include <Utility/SerializerFactory.h>
+#include <Utility/XMLHelper.h>
 
 #include <QCoreApplication>
+#include <QDomElement>
 #include <QEvent>
 #include <QTextStream>
 
@@ -17,6 +24,10 @@
 
 namespace corvane {
 namespace demo {
+
+using base::core::entity::EntityBase;
+using base::core::interfaces::ISerializable;
+using base::core::utility::SerializerFactory;
 
 class ReportService : public base::core::utility::AbstractService
 {
@@ -29,11 +40,18 @@ public:
                                   QStringLiteral("de.corvane.demo.IInventory/1.0"));
     }
 
+    void configure(const QDomElement& configuration)
+    {
+        base::core::utility::XMLHelper::readStringFromXML(configuration, QStringLiteral("format"),
+                                                          &format);
+        filter = configuration.firstChildElement(QStringLiteral("filter"));
+    }
+
     void initialize() override
     {
         AbstractService::initialize();
         auto* inventory = qobject_cast<IInventory*>(getServiceForConcreteName(inventoryService));
-        print(*inventory);
+        report(*inventory);
         if (!QCoreApplication::instance()->inherits("QGuiApplication")) {
             // Entering the event loop drops Quit events posted before it, so post from within.
             QMetaObject::invokeMethod(
@@ -47,10 +65,36 @@ public:
     }
 
 private:
-    static void print(const IInventory& inventory)
+    void report(const IInventory& inventory)
     {
+        std::vector<std::unique_ptr<InventoryRecord>> records;
+        QList<EntityBase*> all;
+        for (const InventoryItem& item : inventory.items()) {
+            records.emplace_back(new InventoryRecord(item));
+            all << records.back().get();
+        }
+        QList<EntityBase*> kept;
+        InventoryRecordData fields;
+        base::core::utility::FilterProcessor(&fields).applyFilter(all, FilterChain(filter).chain(),
+                                                                  kept);
+
         QTextStream out(stdout);
-        out << "Inventory report (" << inventory.source() << ")\n";
+        if (format == QLatin1String("text")) {
+            printTable(out, inventory.source(), kept);
+            return;
+        }
+        QList<const ISerializable*> serializable;
+        for (EntityBase* entity : kept) {
+            serializable << static_cast<InventoryRecord*>(entity);
+        }
+        std::unique_ptr<base::core::interfaces::ISerializer> serializer(
+            SerializerFactory::instance()->createSerializer(format));
+        out << serializer->serialize(serializable);
+    }
+
+    static void printTable(QTextStream& out, const QString& source, const QList<EntityBase*>& kept)
+    {
+        out << "Inventory report (" << source << ")\n";
         out << "Host: " << hostName() << "\n";
         out << QStringLiteral("%1 %2 %3 %4\n")
                    .arg("Item", -20)
@@ -59,7 +103,8 @@ private:
                    .arg("Value", 10);
         int pieces = 0;
         double total = 0;
-        for (const InventoryItem& item : inventory.items()) {
+        for (EntityBase* entity : kept) {
+            const InventoryItem& item = static_cast<InventoryRecord*>(entity)->value();
             const double value = item.quantity * item.price;
             out << QStringLiteral("%1 %2 %3 %4\n")
                        .arg(item.name, -20)
@@ -89,7 +134,20 @@ private:
     }
 
     QString inventoryService;
+    QString format = QStringLiteral("text");
+    QDomElement filter;
 };
+
+namespace {
+base::core::interfaces::ISerializer* createCsv()
+{
+    return new CsvSerializer;
+}
+base::core::interfaces::ISerializer* createJson()
+{
+    return new JsonSerializer;
+}
+} // namespace
 
 class ReportPlugin : public base::core::utility::AbstractPlugin
 {
@@ -102,8 +160,30 @@ public:
     {
         setDescription(QStringLiteral("Prints the inventory report"));
         addRequiredService(QStringLiteral("corvane::demo::InventoryService"));
-        addProvidedService(new ReportService, QStringLiteral("corvane::demo::ReportService"));
+        addProvidedService(service, QStringLiteral("corvane::demo::ReportService"));
     }
+
+    void setConfiguration(QDomElement& configuration) override
+    {
+        service->configure(configuration);
+    }
+
+    void initialize() override
+    {
+        SerializerFactory::instance()->registerSerializer(QStringLiteral("csv"), &createCsv);
+        SerializerFactory::instance()->registerSerializer(QStringLiteral("json"), &createJson);
+        AbstractPlugin::initialize();
+    }
+
+    void deinitialize() override
+    {
+        AbstractPlugin::deinitialize();
+        SerializerFactory::instance()->unregisterSerializer(QStringLiteral("csv"));
+        SerializerFactory::instance()->unregisterSerializer(QStringLiteral("json"));
+    }
+
+private:
+    ReportService* service = new ReportService; // owned through addProvidedService
 };
 
 } // namespace demo
