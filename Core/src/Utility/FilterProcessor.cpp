@@ -50,12 +50,24 @@ struct Reporter
 // What the field table says about a field name; the same for every entity, so asked once.
 struct Field
 {
+    template <class Kind>
+    Field(AbstractEntityBaseData& data, const Kind& filter) : Field(data, nameOf(filter))
+    {
+    }
     Field(AbstractEntityBaseData& data, const QString& name)
         : name(name),
           known(data.contains(name)),
           number(data.isNumber(name)),
           date(data.isDate(name))
     {
+    }
+
+    template <class Kind>
+    static QString nameOf(const Kind& filter)
+    {
+        QString name;
+        filter.getFieldName(name);
+        return name;
     }
 
     QString name;
@@ -128,13 +140,7 @@ bool matches(const QString& text, PatternPositionEnum::Enum position, const QStr
 struct Condition
 {
     Condition(AbstractEntityBaseData& data, const ConditionFilter& filter, const Reporter& reporter)
-        : field(data,
-                [&] {
-                    QString n;
-                    filter.getFieldName(n);
-                    return n;
-                }()),
-          reporter(reporter)
+        : field(data, filter), reporter(reporter)
     {
         filter.getFieldValue(fieldValue);
         CompareOperationEnum wrapped;
@@ -173,13 +179,7 @@ struct Condition
 struct Range
 {
     Range(AbstractEntityBaseData& data, const RangeFilter& filter, const Reporter& reporter)
-        : field(data,
-                [&] {
-                    QString n;
-                    filter.getFieldName(n);
-                    return n;
-                }()),
-          reporter(reporter)
+        : field(data, filter), reporter(reporter)
     {
         QString minText;
         QString maxText;
@@ -244,13 +244,7 @@ struct Range
 struct Pattern
 {
     Pattern(AbstractEntityBaseData& data, const PatternFilter& filter, const Reporter& reporter)
-        : field(data,
-                [&] {
-                    QString n;
-                    filter.getFieldName(n);
-                    return n;
-                }()),
-          reporter(reporter)
+        : field(data, filter), reporter(reporter)
     {
         filter.getPattern(pattern);
         PatternPositionEnum wrapped;
@@ -275,13 +269,7 @@ struct PatternList
 {
     PatternList(AbstractEntityBaseData& data, const PatternListFilter& filter,
                 const Reporter& reporter)
-        : field(data,
-                [&] {
-                    QString n;
-                    filter.getFieldName(n);
-                    return n;
-                }()),
-          reporter(reporter)
+        : field(data, filter), reporter(reporter)
     {
         filter.getPatternList(patterns);
         PatternPositionEnum wrappedPosition;
@@ -329,11 +317,7 @@ struct PatternList
 struct EqualityList
 {
     EqualityList(AbstractEntityBaseData& data, const EqualityListFilter& filter, const Reporter&)
-        : field(data, [&] {
-              QString n;
-              filter.getFieldName(n);
-              return n;
-          }())
+        : field(data, filter)
     {
         QStringList list;
         filter.getFieldValues(list);
