@@ -1,0 +1,162 @@
+#include "StartUp/LocalSocketStringMessageReceiver.h"
+
+#include <QDataStream>
+#include <QDebug>
+#include <QLocalServer>
+#include <QLocalSocket>
+
+namespace corvane {
+namespace base {
+namespace business {
+namespace internal {
+
+namespace {
+
+// Reported like Q_ASSERT, but at critical level and in every build.
+void check(bool condition, const char* text, int line)
+{
+    if (!condition) {
+        qCritical("ASSERT: \"%s\" in file %s, line %d", text,
+                  "Core/src/StartUp/LocalSocketStringMessageReceiver.cpp", line);
+    }
+}
+
+} // namespace
+
+LocalSocketStringMessageReceiver::LocalSocketStringMessageReceiver(QString serverName)
+    : serverName(std::move(serverName)), sharedMemory(this->serverName)
+{
+}
+
+LocalSocketStringMessageReceiver::~LocalSocketStringMessageReceiver()
+{
+    cleanupConnection();
+}
+
+// A marker left by a killed receiver is attached and detached once, which removes it, so that
+// the marker is this receiver's own.
+bool LocalSocketStringMessageReceiver::start(std::function<bool(QString)> callback)
+{
+    this->callback = std::move(callback);
+    cleanupConnection();
+    delete server;
+    if (!sharedMemory.create(1, QSharedMemory::ReadWrite)
+        && sharedMemory.error() == QSharedMemory::AlreadyExists && sharedMemory.attach()) {
+        sharedMemory.detach();
+        sharedMemory.create(1, QSharedMemory::ReadWrite);
+    }
+    server = new QLocalServer(this);
+    server->setMaxPendingConnections(1);
+    server->setSocketOptions(QLocalServer::UserAccessOption);
+    connect(server, &QLocalServer::newConnection, this,
+            &LocalSocketStringMessageReceiver::handleNewConnection);
+    return server->listen(serverName);
+}
+
+void LocalSocketStringMessageReceiver::cleanupConnection()
+{
+    const QList<QLocalSocket*> connections = expectedDataSize_.keys();
+    for (QLocalSocket* connection : connections) {
+        dropConnection(connection);
+    }
+}
+
+void LocalSocketStringMessageReceiver::handleNewConnection()
+{
+    while (QLocalSocket* connection = server->nextPendingConnection()) {
+        expectedDataSize_.insert(connection, 0);
+        connect(connection, &QLocalSocket::readyRead, this,
+                &LocalSocketStringMessageReceiver::handleNewData);
+        connect(connection, &QLocalSocket::errorOccurred, this, [this, connection] {
+            if (connection->error() != QLocalSocket::PeerClosedError) {
+                dropConnection(connection);
+            }
+        });
+        connect(connection, &QLocalSocket::disconnected, this, [this, connection] {
+            readAll(connection); // what arrived together with the close
+            dropConnection(connection);
+        });
+        readAll(connection); // data may have come with the connection
+    }
+}
+
+void LocalSocketStringMessageReceiver::handleNewData()
+{
+    if (auto* connection = qobject_cast<QLocalSocket*>(sender())) {
+        readAll(connection);
+    }
+}
+
+void LocalSocketStringMessageReceiver::readAll(QLocalSocket* connection)
+{
+    while (handleNextData(connection)) { }
+}
+
+bool LocalSocketStringMessageReceiver::handleNextData(QLocalSocket* connection)
+{
+    if (!expectedDataSize_.contains(connection)) {
+        return false;
+    }
+    if (expectedDataSize_.value(connection) == 0) {
+        handleNewDataSize(connection);
+    }
+    if (expectedDataSize_.value(connection) > 0) {
+        handleNewDataValue(connection);
+    }
+    if (!expectedDataSize_.contains(connection)) {
+        return false;
+    }
+    const qint32 expected = expectedDataSize_.value(connection);
+    return expected == 0 ? connection->bytesAvailable() >= 4
+                         : connection->bytesAvailable() >= expected;
+}
+
+void LocalSocketStringMessageReceiver::handleNewDataSize(QLocalSocket* connection)
+{
+    check(expectedDataSize_.value(connection) == 0, "expectedDataSize_ == 0", __LINE__);
+    if (connection->bytesAvailable() < 4) {
+        return;
+    }
+    qint32 size = 0;
+    QDataStream(connection->read(4)) >> size;
+    if (size > maximumMessageSize) {
+        qWarning("handleNewDataSize: %d bytes announced, more than allowed; connection dropped",
+                 size);
+        dropConnection(connection);
+        return;
+    }
+    expectedDataSize_[connection] = qMax(size, 0); // 0 or less: no message pending
+}
+
+void LocalSocketStringMessageReceiver::handleNewDataValue(QLocalSocket* connection)
+{
+    const qint32 expected = expectedDataSize_.value(connection);
+    check(expected > 0, "expectedDataSize_ > 0", __LINE__);
+    if (connection->bytesAvailable() < expected) {
+        return; // wait for the rest
+    }
+    QByteArray payload = connection->read(expected);
+    const int zero = payload.indexOf('\0');
+    if (zero >= 0) {
+        payload.truncate(zero);
+    }
+    expectedDataSize_[connection] = 0;
+    if (callback) {
+        callback(QString::fromUtf8(payload));
+    }
+}
+
+void LocalSocketStringMessageReceiver::dropConnection(QLocalSocket* connection)
+{
+    if (expectedDataSize_.remove(connection) == 0) {
+        return;
+    }
+    connection->disconnect(this);
+    connection->close();
+    connection->deleteLater();
+}
+
+} // namespace internal
+} // namespace business
+} // namespace base
+} // namespace corvane
