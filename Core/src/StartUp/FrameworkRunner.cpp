@@ -5,6 +5,7 @@
 #include "Logging/LogMessageHandler.h"
 #include "Logging/LoggingManager.h"
 #include "StartUp/ApplicationQuitHandler.h"
+#include "StartUp/ApplicationStartupHandler.h"
 #include "StartUp/ManagerRegistry.h"
 #include "StartUp/StartUpManager.h"
 
@@ -101,7 +102,10 @@ int FrameworkRunner::runGuiApplication(int argc, char** argv)
 {
     QApplication application(argc, argv);
     if (!applicationInformation.getSingleAppId().isEmpty()) {
-        const int guard = singleApplicationGuardExitCode(application);
+        const int guard
+            = ApplicationStartupHandler::instance()->getSingleGuiApplicationGuardExitCode(
+                application, applicationInformation.getSingleAppId(),
+                applicationInformation.hasSingleAppUserNotification());
         if (guard < 0) {
             return guard;
         }
@@ -133,7 +137,10 @@ int FrameworkRunner::runConsoleApplication(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
     if (!applicationInformation.getSingleAppId().isEmpty()) {
-        const int guard = singleApplicationGuardExitCode(application);
+        const int guard
+            = ApplicationStartupHandler::instance()->getSingleConsoleApplicationGuardExitCode(
+                application, applicationInformation.getSingleAppId(),
+                applicationInformation.hasSingleAppUserNotification());
         if (guard < 0) {
             return guard;
         }
@@ -157,12 +164,6 @@ int FrameworkRunner::runConsoleApplication(int argc, char** argv)
         ApplicationQuitHandler::takeDownManagers(&application);
     }
     return result;
-}
-
-// The single-application guard is not built yet: every instance may run.
-int FrameworkRunner::singleApplicationGuardExitCode(QCoreApplication&) const
-{
-    return 1;
 }
 
 } // namespace business

@@ -4,8 +4,6 @@
 
 #include <QStringList>
 
-class QCoreApplication;
-
 namespace corvane {
 namespace base {
 namespace business {
@@ -39,9 +37,6 @@ public:
     int runConsoleApplication(int argc, char** argv);
 
 private:
-    /// The single-application guard's answer: negative ends the run at once.
-    int singleApplicationGuardExitCode(QCoreApplication& application) const;
-
     entities::ApplicationInformation applicationInformation;
     bool checkSignature = false;
 };

@@ -6,11 +6,13 @@
 #include <Interfaces/IPluginManager.h>
 #include <Interfaces/IService.h>
 #include <Plugins/ServiceCache.h>
+#include <StartUp/ApplicationStartupHandler.h>
 #include <StartUp/ManagerRegistry.h>
 #include <Utility/AbstractPlugin.h>
 
 #include <QCoreApplication>
 #include <QDebug>
+#include <QFile>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -53,6 +55,16 @@ public:
         window->show();
         qInfo("initialize: inventory window shown");
 
+        // A second start of the application hands its request to this window.
+        auto* handler = base::business::ApplicationStartupHandler::instance();
+        connect(handler, &base::business::ApplicationStartupHandler::raiseRequest, window.get(),
+                [this] {
+                    window->raise();
+                    window->activateWindow();
+                });
+        connect(handler, &base::business::ApplicationStartupHandler::loadRequest, window.get(),
+                [this](const QString& file) { loadFile(file); });
+
         const int closeAfter = qEnvironmentVariableIntValue("CORVANE_DEMO_CLOSE_AFTER_MS");
         if (closeAfter > 0) {
             QTimer::singleShot(closeAfter, window.get(), &QWidget::close);
@@ -66,14 +78,37 @@ public:
     }
 
 private:
-    QTableWidget* inventoryTable() const
+    // Shows the items of another inventory file ("item,quantity,price,..." after a header).
+    void loadFile(const QString& path)
+    {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+            qWarning().noquote() << QStringLiteral("loadFile: cannot read ") + path;
+            return;
+        }
+        const QStringList lines
+            = QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts).mid(1);
+        table->setRowCount(lines.size());
+        for (int row = 0; row < lines.size(); ++row) {
+            const QStringList fields = lines.at(row).split(',');
+            for (int column = 0; column < 3; ++column) {
+                table->setItem(row, column, new QTableWidgetItem(fields.value(column)));
+            }
+        }
+        window->setWindowTitle(QStringLiteral("Corvane demo: ") + path);
+        window->raise();
+        qInfo().noquote()
+            << QStringLiteral("loadFile: %1 items from %2").arg(lines.size()).arg(path);
+    }
+
+    QTableWidget* inventoryTable()
     {
         base::interfaces::IService* service = base::business::ServiceCache::getServiceByInterface(
             QStringLiteral("de.corvane.demo.IInventory/1.0"));
         const QList<InventoryItem> items = qobject_cast<IInventory*>(service)->items();
         base::business::ServiceCache::removeServiceFromCache(service);
 
-        auto* table = new QTableWidget(items.size(), 3);
+        table = new QTableWidget(items.size(), 3);
         table->setHorizontalHeaderLabels(
             {QStringLiteral("Item"), QStringLiteral("Quantity"), QStringLiteral("Price")});
         for (int row = 0; row < items.size(); ++row) {
@@ -102,6 +137,7 @@ private:
     }
 
     std::unique_ptr<QWidget> window;
+    QTableWidget* table = nullptr; // owned by the window
 };
 
 } // namespace demo
