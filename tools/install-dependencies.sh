@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
     cmake g++ ninja-build ccache pkg-config libbenchmark-dev
-    qtbase5-dev qttools5-dev-tools liblog4cplus-dev
+    qtbase5-dev qttools5-dev-tools liblog4cplus-dev libsystemd-dev systemd
 )
 
 missing=()

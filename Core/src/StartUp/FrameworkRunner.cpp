@@ -7,12 +7,15 @@
 #include "StartUp/ApplicationQuitHandler.h"
 #include "StartUp/ApplicationStartupHandler.h"
 #include "StartUp/ManagerRegistry.h"
+#include "StartUp/Service.h"
+#include "StartUp/ServiceController.h"
 #include "StartUp/StartUpManager.h"
 
 #include <QApplication>
 #include <QDebug>
 #include <QDir>
 #include <QDomElement>
+#include <QFileInfo>
 #include <QMessageBox>
 
 #include <cstdio>
@@ -53,6 +56,9 @@ int FrameworkRunner::exec(int argc, char** argv, bool checkSignature)
         break;
     case ApplicationInformation::CONSOLE:
         result = runConsoleApplication(argc, argv);
+        break;
+    case ApplicationInformation::SERVICE:
+        result = runServiceApplication(argc, argv);
         break;
     default:
         break;
@@ -162,6 +168,46 @@ int FrameworkRunner::runConsoleApplication(int argc, char** argv)
     } catch (...) {
         qCritical("Catched unkown exception.");
         ApplicationQuitHandler::takeDownManagers(&application);
+    }
+    return result;
+}
+
+// The command line selects a control action (install, stop, ...), which runs without the
+// framework, or the service run: detached first (before any Qt or log4cplus object exists,
+// so that forking is safe), then hosted by the Service with its CoreApplication.
+int FrameworkRunner::runServiceApplication(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i) {
+        arguments << QString::fromLocal8Bit(argv[i]);
+    }
+    QString name = applicationInformation.getApplicationName();
+    if (name.isEmpty()) {
+        name = QFileInfo(arguments.value(0)).baseName();
+    }
+    ServiceController controller(arguments, name, applicationInformation.getApplicationTitle());
+    if (!controller.runsService()) {
+        return controller.runAction();
+    }
+    controller.daemonizeUnlessUnderSystemd();
+
+    int result = failedRun;
+    try {
+        Service service(argc, argv, controller.controlSocket());
+        baseInitialization();
+        qInfo("Start as SERVICE.");
+        result = service.exec();
+        ApplicationQuitHandler::takeDownManagers(&service);
+    } catch (const exceptions::BaseException& e) {
+        LoggingManager::instance()->logException(QStringLiteral("main"), e);
+        if (controller.inForeground()) {
+            std::fputs("The service could not be executed.", stdout);
+        }
+    } catch (const std::exception& e) {
+        qCritical().noquote() << QStringLiteral("Catched exception: ")
+                + QString::fromUtf8(e.what());
+    } catch (...) {
+        qCritical("Catched unkown exception.");
     }
     return result;
 }

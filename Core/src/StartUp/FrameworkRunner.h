@@ -35,6 +35,8 @@ public:
     void baseInitialization();
     int runGuiApplication(int argc, char** argv);
     int runConsoleApplication(int argc, char** argv);
+    /// Service control actions ("-i", "-t", ...) or the service itself; see ServiceController.
+    int runServiceApplication(int argc, char** argv);
 
 private:
     entities::ApplicationInformation applicationInformation;

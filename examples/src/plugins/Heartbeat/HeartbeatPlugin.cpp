@@ -1,7 +1,9 @@
 // Logs a heartbeat at the interval of its configuration (<intervalMs>, default 1000) from a
-// timer on a thread of its own, which matters once the application runs for long.
+// timer on a thread of its own, which matters once the application runs for long. As a
+// service it stops on pause, starts again on resume and logs the commands it is sent.
 
 #include <QtProxies/TimerProxy.h>
+#include <StartUp/Service.h>
 #include <Utility/AbstractPlugin.h>
 #include <Utility/XMLHelper.h>
 
@@ -37,6 +39,20 @@ public:
             timer.get(), &base::core::ITimerProxy::timeout, timer.get(),
             [this] { qInfo("heartbeat %d", ++beats); }, Qt::DirectConnection);
         timer->start(intervalMs);
+
+        // Run as a service, the heartbeat follows pause and resume and logs commands.
+        if (auto* service = base::business::Service::instance()) {
+            connect(service, &base::business::Service::paused, this, [this] {
+                timer->stop();
+                qInfo("heartbeat paused");
+            });
+            connect(service, &base::business::Service::resumed, this, [this] {
+                timer->start(intervalMs);
+                qInfo("heartbeat resumed");
+            });
+            connect(service, &base::business::Service::command, this,
+                    [](int number) { qInfo("heartbeat: command %d received", number); });
+        }
     }
 
     void deinitialize() override

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "CoreExport.h"
+
+#include <QCoreApplication>
+#include <QMutex>
+
+class QSocketNotifier;
+
+namespace corvane {
+namespace base {
+namespace business {
+
+/**
+ * The application object of a service. SIGTERM and SIGINT become a QEvent::Quit on the main
+ * thread, which takes the managers down; SIGHUP re-reads the logging properties. The signal
+ * handler only writes a byte to a socket pair, so a signal that arrives before the event loop
+ * runs waits there and is honoured once it runs.
+ */
+class CORE_EXPORT CoreApplication : public QCoreApplication
+{
+    Q_OBJECT
+
+public:
+    CoreApplication(int& argc, char** argv);
+    ~CoreApplication() override;
+
+    bool event(QEvent* event) override;
+
+private:
+    void handleSignal();
+
+    QMutex mutex;
+    QSocketNotifier* signalNotifier = nullptr;
+};
+
+} // namespace business
+} // namespace base
+} // namespace corvane
