@@ -50,8 +50,8 @@ public:
         auto* side = new QVBoxLayout;
         side->addWidget(new QLabel(QStringLiteral("Loaded plug-ins")));
         side->addWidget(pluginList());
-        layout->addLayout(side, 1);
-        window->resize(720, 360);
+        layout->addLayout(side, 2);
+        window->resize(900, 360);
         window->show();
         qInfo("initialize: inventory window shown");
 
@@ -117,6 +117,7 @@ private:
             table->setItem(row, 2,
                            new QTableWidgetItem(QString::number(items.at(row).price, 'f', 2)));
         }
+        table->resizeColumnsToContents();
         table->horizontalHeader()->setStretchLastSection(true);
         return table;
     }
