@@ -1,5 +1,7 @@
 #include "QtProxies/TimerProxy.h"
 
+#include "Logging/AssertionReport.h"
+
 #include <QDebug>
 #include <QThread>
 #include <QTimer>
@@ -10,13 +12,9 @@ namespace core {
 
 namespace {
 
-// Reported like Q_ASSERT, but at critical level and in every build; construction goes on.
 void check(bool condition, const char* text, int line)
 {
-    if (!condition) {
-        qCritical("ASSERT: \"%s\" in file %s, line %d", text, "Core/src/QtProxies/TimerProxy.cpp",
-                  line);
-    }
+    business::AssertionReport::check(condition, text, "Core/src/QtProxies/TimerProxy.cpp", line);
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "StartUp/LocalSocketStringMessageReceiver.h"
 
+#include "Logging/AssertionReport.h"
+
 #include <QDataStream>
 #include <QDebug>
 #include <QLocalServer>
@@ -12,13 +14,10 @@ namespace internal {
 
 namespace {
 
-// Reported like Q_ASSERT, but at critical level and in every build.
 void check(bool condition, const char* text, int line)
 {
-    if (!condition) {
-        qCritical("ASSERT: \"%s\" in file %s, line %d", text,
-                  "Core/src/StartUp/LocalSocketStringMessageReceiver.cpp", line);
-    }
+    AssertionReport::check(condition, text, "Core/src/StartUp/LocalSocketStringMessageReceiver.cpp",
+                           line);
 }
 
 } // namespace

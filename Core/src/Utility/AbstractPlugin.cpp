@@ -3,6 +3,7 @@
 #include "Exceptions/Exceptions.h"
 #include "Interfaces/ILoggingManager.h"
 #include "Interfaces/IService.h"
+#include "Logging/AssertionReport.h"
 #include "StartUp/ManagerRegistry.h"
 #include "Utility/GuardedConnection.h"
 
@@ -24,9 +25,8 @@ AbstractPlugin::~AbstractPlugin()
 {
     cleanupServices();
     if (m_initialized) {
-        loggingManager->logError(this,
-                                 QString::asprintf("ASSERT: \"%s\" in file %s, line %d",
-                                                   "!m_initialized", __FILE__, __LINE__));
+        loggingManager->logError(
+            this, business::AssertionReport::text("!m_initialized", __FILE__, __LINE__));
     }
 }
 

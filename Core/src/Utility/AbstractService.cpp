@@ -3,6 +3,7 @@
 #include "Exceptions/Exceptions.h"
 #include "Interfaces/ILoggingManager.h"
 #include "Interfaces/IServiceManager.h"
+#include "Logging/AssertionReport.h"
 #include "StartUp/ManagerRegistry.h"
 #include "Utility/GuardedConnection.h"
 
@@ -23,9 +24,8 @@ AbstractService::~AbstractService()
         return;
     }
     try {
-        getLogger()->logError(this,
-                              QString::asprintf("ASSERT: \"%s\" in file %s, line %d",
-                                                "!m_initialized", __FILE__, __LINE__));
+        getLogger()->logError(
+            this, business::AssertionReport::text("!m_initialized", __FILE__, __LINE__));
     } catch (...) {
         // Without a logging manager there is nowhere to report it; a destructor must not throw.
     }
