@@ -160,7 +160,9 @@ bool FileSignature::checkFileWithIncludedSignature(const QString& path)
     file.close();
     const int lastBreak = content.lastIndexOf('\n');
     const QString included = QString::fromLatin1(content.mid(lastBreak + 1));
-    const int contentLength = qMax(lastBreak, 0);
+    // The break itself stays with the content: a "\r\n" before the signature is then dropped
+    // as a whole, as everywhere else in the file.
+    const int contentLength = lastBreak + 1;
 
     const QTemporaryDir copyDirectory(QDir::tempPath() + QStringLiteral("/FileSignature-XXXXXX"));
     const QString copyPath = copyDirectory.filePath(QFileInfo(path).fileName());

@@ -95,6 +95,17 @@ int truncated(double difference)
     return int(difference);
 }
 
+// Whole seconds as QDateTime::toTime_t() counts them: since 1970 in 32 unsigned bits, and
+// 0xFFFFFFFF for an invalid date-time or one outside that range (before 1970 too).
+uint timeT(const QDateTime& dateTime)
+{
+    if (!dateTime.isValid()) {
+        return uint(-1);
+    }
+    const qint64 seconds = dateTime.toMSecsSinceEpoch() / 1000;
+    return quint64(seconds) >= Q_UINT64_C(0xFFFFFFFF) ? uint(-1) : uint(seconds);
+}
+
 int clamped(qint64 difference)
 {
     return int(qBound<qint64>(std::numeric_limits<int>::min(), difference,
@@ -211,9 +222,8 @@ struct Range
         if (field.date) {
             const QDateTime v = value.toDateTime();
             // "<=" compares whole seconds, "<" milliseconds.
-            return v.isValid()
-                && holds(first, minDate.toSecsSinceEpoch() <= v.toSecsSinceEpoch(), minDate < v)
-                && holds(second, v.toSecsSinceEpoch() <= maxDate.toSecsSinceEpoch(), v < maxDate);
+            return v.isValid() && holds(first, timeT(minDate) <= timeT(v), minDate < v)
+                && holds(second, timeT(v) <= timeT(maxDate), v < maxDate);
         }
         reporter.fail<InvalidArgumentException>(
             "useRangeFilter()", QStringLiteral("Unknown QVariant can't be converted."));
@@ -393,8 +403,8 @@ void FilterProcessor::applyFilter(const QList<EntityBase*>& entities, const Comp
     }
     groups.append(group);
 
-    QList<EntityBase*> united;
-    united.reserve(entities.size());
+    // The union grows in result, so that a throw leaves what the groups before it found.
+    result.reserve(entities.size());
     QSet<EntityBase*> inUnion;
     inUnion.reserve(entities.size());
     QList<EntityBase*> matched;
@@ -402,25 +412,26 @@ void FilterProcessor::applyFilter(const QList<EntityBase*>& entities, const Comp
     for (const QList<Step>& steps : qAsConst(groups)) {
         QList<EntityBase*> working = entities;
         for (const Step& step : steps) {
+            matched.clear();
+            notMatched.clear();
             doFiltering(working, step.first, matched, notMatched);
-            working = step.second ? notMatched : matched;
+            working.swap(step.second ? notMatched : matched);
         }
         for (EntityBase* entity : qAsConst(working)) {
             if (!inUnion.contains(entity)) {
                 inUnion.insert(entity);
-                united.append(entity);
+                result.append(entity);
             }
         }
     }
 
     if (opening == LogicOperationEnum::NOT) {
+        result.clear();
         for (EntityBase* entity : entities) {
             if (!inUnion.contains(entity)) {
                 result.append(entity);
             }
         }
-    } else {
-        result = united;
     }
 }
 
@@ -428,10 +439,8 @@ void FilterProcessor::doFiltering(const QList<EntityBase*>& entities, const Filt
                                   QList<EntityBase*>& matched, QList<EntityBase*>& notMatched)
 {
     const Reporter reporter {this};
-    matched.clear();
-    notMatched.clear();
-    matched.reserve(entities.size());
-    notMatched.reserve(entities.size());
+    matched.reserve(matched.size() + entities.size());
+    notMatched.reserve(notMatched.size() + entities.size());
     switch (filter != nullptr ? filter->getType() : FilterTypeEnum::UNKNOWN) {
     case FilterTypeEnum::CONDITION_FILTER:
         split(entities,

@@ -46,6 +46,7 @@ public:
 
     void applyFilter(const QList<entity::EntityBase*>& entities, const ComplexFilter& filter,
                      QList<entity::EntityBase*>& result);
+    /// Appends each entity to matched or notMatched, in input order; neither is cleared first.
     void doFiltering(const QList<entity::EntityBase*>& entities, const Filter* filter,
                      QList<entity::EntityBase*>& matched, QList<entity::EntityBase*>& notMatched);
     bool useConditionFilter(const ConditionFilter& filter, const entity::EntityBase& entity);

@@ -21,8 +21,8 @@ OnThreadExecutor::OnThreadExecutor(std::function<void()> function, QThread* thre
 // takes it first: the slot's wake-up can therefore only come once the caller waits.
 void OnThreadExecutor::execute()
 {
-    if (QThread::currentThread() == thread && function) {
-        function();
+    if (QThread::currentThread() == thread) {
+        function(); // an empty function throws std::bad_function_call here too
         return;
     }
     QMutexLocker call(&callMutex);
@@ -46,9 +46,7 @@ void OnThreadExecutor::slotExecute()
     QMutexLocker locker(&mutex);
     qDebug() << "---> Executing on " << QThread::currentThread();
     try {
-        if (function) {
-            function();
-        }
+        function();
     } catch (const std::exception& e) {
         qDebug() << "Caught exception:" << e.what();
         exception = std::current_exception();

@@ -69,10 +69,10 @@ interfaces::ISerializer* SerializerFactory::createSerializer(const QString& name
     static QMutex mutex;
     QMutexLocker locker(&mutex);
     const Creator creator = creators.value(name, nullptr);
+    locker.unlock(); // a creator may ask the factory for the serializers it is made of
     if (creator != nullptr) {
         return creator();
     }
-    locker.unlock();
     log(ILoggingManager::ERROR,
         QStringLiteral("createSerializer: ") + name + QStringLiteral(" is unknown."));
     throw exceptions::InvalidArgumentException(source, QStringLiteral("createSerializer"),

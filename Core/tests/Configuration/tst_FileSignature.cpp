@@ -25,6 +25,8 @@ private slots:
     void companionFile();
     void includedSignature();
     void includedSignatureOfAFileInTheTemporaryFolderKeepsTheFile();
+    void lineEndsChangedAfterSigning_data();
+    void lineEndsChangedAfterSigning();
 
 private:
     QString path(const QString& name) const { return folder.filePath(name); }
@@ -166,6 +168,51 @@ void tst_FileSignature::includedSignatureOfAFileInTheTemporaryFolderKeepsTheFile
     QVERIFY(signature.checkFileWithIncludedSignature(file));
     QCOMPARE(readFile(file), signedContent);
     QFile::remove(file);
+}
+
+// A signed file whose line ends were changed afterwards, the break before an included
+// signature too: "n" stands for "\n", "r" for "\r\n", repeated over the file's line breaks.
+void tst_FileSignature::lineEndsChangedAfterSigning_data()
+{
+    QTest::addColumn<QString>("ends");
+    QTest::addColumn<bool>("included");
+    for (const bool included : {false, true}) {
+        const char* way = included ? "included" : ".sig";
+        QTest::addRow("LF, %s", way) << "n" << included;
+        QTest::addRow("CRLF, %s", way) << "r" << included;
+        QTest::addRow("mixed CRLF, LF, ..., %s", way) << "rn" << included;
+        QTest::addRow("mixed LF, CRLF, ..., %s", way) << "nr" << included;
+    }
+}
+
+void tst_FileSignature::lineEndsChangedAfterSigning()
+{
+    QFETCH(QString, ends);
+    QFETCH(bool, included);
+    const QString file = path(QStringLiteral("lineends.xml"));
+    writeFile(file, "<config>\n  <plugins/>\n</config>\n");
+    QFile::remove(file + ".sig");
+    FileSignature signature;
+    if (included) {
+        signature.signFile(file);
+    } else {
+        QString hash;
+        signature.createHashFromFileContent(file, hash);
+        signature.saveHashInAFile(file, hash);
+    }
+    QByteArray changed;
+    int breaks = 0;
+    for (const char c : readFile(file)) {
+        if (c == '\n' && ends.at(breaks++ % ends.size()) == QLatin1Char('r')) {
+            changed += '\r';
+        }
+        changed += c;
+    }
+    writeFile(file, changed);
+    QCOMPARE(signature.isValid(file, included), true);
+    if (included) {
+        QVERIFY(signature.checkFileWithIncludedSignature(file));
+    }
 }
 
 QTEST_MAIN(tst_FileSignature)

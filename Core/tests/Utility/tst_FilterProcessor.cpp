@@ -140,6 +140,26 @@ private:
     QList<ComplexFilter*> chains;
 };
 
+// Whole seconds as QDateTime::toTime_t() counts them: unsigned 32 bits, with uint(-1) for an
+// invalid date-time and for one outside 1970-01-01T00:00:00 .. 2106-02-07T06:28:14 UTC.
+uint wholeSeconds(const QDateTime& t)
+{
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    return t.toTime_t();
+    QT_WARNING_POP
+}
+
+// A date range: "<=" compares whole seconds, "<" QDateTime's own order.
+bool dateInRange(const QDateTime& t, bool firstInclusive, const QString& min, bool secondInclusive,
+                 const QString& max)
+{
+    const QDateTime lo = QDateTime::fromString(min, Qt::ISODate);
+    const QDateTime hi = QDateTime::fromString(max, Qt::ISODate);
+    return (firstInclusive ? wholeSeconds(lo) <= wholeSeconds(t) : lo < t)
+        && (secondInclusive ? wholeSeconds(t) <= wholeSeconds(hi) : t < hi);
+}
+
 // --- the reference: the rules, written out for one entity and one filter at a time ----------
 
 struct Reference
@@ -211,11 +231,7 @@ struct Reference
             const bool secondInclusive
                 = CompareOperationEnum::Enum(second) == CompareOperationEnum::LESS_EQUAL;
             if (field == "delivered") {
-                const QDateTime t = v.toDateTime();
-                const QDateTime lo = QDateTime::fromString(min, Qt::ISODate);
-                const QDateTime hi = QDateTime::fromString(max, Qt::ISODate);
-                return (firstInclusive ? lo.toSecsSinceEpoch() <= t.toSecsSinceEpoch() : lo < t)
-                    && (secondInclusive ? t.toSecsSinceEpoch() <= hi.toSecsSinceEpoch() : t < hi);
+                return dateInRange(v.toDateTime(), firstInclusive, min, secondInclusive, max);
             }
             const double n = v.toDouble();
             return (firstInclusive ? n >= min.toDouble() : n > min.toDouble())
@@ -325,6 +341,10 @@ private slots:
     void errors_data();
     void errors();
     void randomChainsAgreeWithTheRules();
+    void dateRangeInWholeSeconds_data();
+    void dateRangeInWholeSeconds();
+    void splittingAppends();
+    void earlierGroupsStayInTheResultWhenALaterOneThrows();
 
 private:
     QList<EntityBase*> entities() const;
@@ -530,6 +550,86 @@ void tst_FilterProcessor::randomChainsAgreeWithTheRules()
                                 .arg(round)
                                 .arg(namesOf(actual), namesOf(expected))));
     }
+}
+
+void tst_FilterProcessor::dateRangeInWholeSeconds_data()
+{
+    QTest::addColumn<QString>("value");
+    QTest::addColumn<QString>("bound"); // the bound of the "<=" comparison
+    QTest::addColumn<bool>("first"); // "<=" as first comparison, else as second
+    const struct
+    {
+        const char* name;
+        const char* value;
+        const char* bound;
+        bool first;
+    } rows[] = {
+        {"empty bound, first", "2026-01-02T00:00:00Z", "", true},
+        {"empty bound, second", "2026-01-02T00:00:00Z", "", false},
+        {"unparsable bound, first", "2026-01-02T00:00:00Z", "2026-13-45", true},
+        {"unparsable bound, second", "2026-01-02T00:00:00Z", "2026-13-45", false},
+        {"value before 1970, first", "1969-12-31T23:59:58Z", "1970-01-01T00:00:00Z", true},
+        {"value before 1970, second", "1969-12-31T23:59:58Z", "1970-01-01T00:00:00Z", false},
+        {"both before 1970, first", "1960-01-01T00:00:00Z", "1965-01-01T00:00:00Z", true},
+        {"both before 1970, second", "1965-01-01T00:00:00Z", "1960-01-01T00:00:00Z", false},
+        {"from 2106-02-07T06:28:15, first", "2106-02-07T06:28:15Z", "2200-01-01T00:00:00Z", true},
+        {"from 2106-02-07T06:28:15, second", "2200-01-01T00:00:00Z", "2106-02-07T06:28:15Z", false},
+        {"equal seconds, other milliseconds, first", "2026-01-02T00:00:00.100Z",
+         "2026-01-02T00:00:00.900Z", true},
+        {"equal seconds, other milliseconds, second", "2026-01-02T00:00:00.900Z",
+         "2026-01-02T00:00:00.100Z", false},
+    };
+    for (const auto& row : rows) {
+        QTest::newRow(row.name) << row.value << row.bound << row.first;
+    }
+}
+
+// The other comparison is a "<" far away, so that the "<=" alone decides.
+void tst_FilterProcessor::dateRangeInWholeSeconds()
+{
+    QFETCH(QString, value);
+    QFETCH(QString, bound);
+    QFETCH(bool, first);
+    using C = CompareOperationEnum;
+    const QString min = first ? bound : QStringLiteral("1000-01-01T00:00:00Z");
+    const QString max = first ? QStringLiteral("3000-01-01T00:00:00Z") : bound;
+    const Record record("r", 1, 1, QDateTime::fromString(value, Qt::ISODate));
+    QVERIFY(record.delivered.isValid());
+    Filters f;
+    RangeFilter* filter = f.keep(range("delivered", first ? C::LESS_EQUAL : C::LESS, min,
+                                       first ? C::LESS : C::LESS_EQUAL, max));
+    FilterProcessor processor(&data);
+    QCOMPARE(processor.useRangeFilter(*filter, record),
+             dateInRange(record.delivered, first, min, !first, max));
+}
+
+void tst_FilterProcessor::splittingAppends()
+{
+    using C = CompareOperationEnum;
+    Filters f;
+    FilterProcessor processor(&data);
+    QList<EntityBase*> matched {records.back().get()};
+    QList<EntityBase*> notMatched {records.front().get()};
+    processor.doFiltering(entities(), f.keep(condition("quantity", C::GREATER, "5")), matched,
+                          notMatched);
+    QCOMPARE(namesOf(matched), QStringLiteral("cable,Anchor,bolt"));
+    QCOMPARE(namesOf(notMatched), QStringLiteral("Anchor,Brass,cable"));
+}
+
+void tst_FilterProcessor::earlierGroupsStayInTheResultWhenALaterOneThrows()
+{
+    using L = LogicOperationEnum;
+    using C = CompareOperationEnum;
+    Filters f;
+    const ComplexFilter& complex
+        = f.chain({{L::NOP, f.keep(condition("quantity", C::GREATER, "5"))},
+                   {L::OR, f.keep(range("price", C::GREATER, "1", C::LESS, "2"))}});
+    FilterProcessor processor(&data);
+    QList<EntityBase*> out {records.back().get()};
+    QCOMPARE(failureOf([&] { processor.applyFilter(entities(), complex, out); }),
+             QStringLiteral("corvane::base::core::utility::FilterProcessor::useRangeFilter() "
+                            "Wrong compare operation enum or unknown."));
+    QCOMPARE(namesOf(out), QStringLiteral("Anchor,bolt"));
 }
 
 QTEST_MAIN(tst_FilterProcessor)

@@ -24,6 +24,7 @@ private slots:
     void runsOnTheTargetThread();
     void exceptionArrivesAsTheSameType();
     void callOnTheTargetThreadRunsAtOnce();
+    void emptyFunctionFailsOnTheTargetThread();
     void manyCallersNeverLoseACall();
 
 private:
@@ -87,6 +88,14 @@ void tst_OnThreadExecutor::callOnTheTargetThreadRunsAtOnce()
     OnThreadExecutor outer([&] { inner.execute(); }, target.get());
     outer.execute();
     QVERIFY(ran);
+}
+
+void tst_OnThreadExecutor::emptyFunctionFailsOnTheTargetThread()
+{
+    OnThreadExecutor executor(std::function<void()>(), target.get());
+    QSignalSpy handedOver(&executor, &OnThreadExecutor::signalExecute);
+    QVERIFY_EXCEPTION_THROWN(executor.execute(), std::bad_function_call);
+    QCOMPARE(handedOver.count(), 1);
 }
 
 // Several threads share one target thread, each through an executor of its own and also all

@@ -43,6 +43,11 @@ ISerializer* create()
     return new Serializer<Format>;
 }
 
+ISerializer* createInner()
+{
+    return SerializerFactory::instance()->createSerializer(QStringLiteral("inner"));
+}
+
 } // namespace
 
 class tst_SerializerFactory : public QObject
@@ -52,6 +57,7 @@ class tst_SerializerFactory : public QObject
 private slots:
     void initTestCase();
     void registersCreatesAndUnregisters();
+    void creatorMayCreateAnotherSerializer();
 
 private:
     Recorder logging;
@@ -92,6 +98,19 @@ void tst_SerializerFactory::registersCreatesAndUnregisters()
                  QByteArray("SerializerFactory::createSerializer Serializer unknown: csv"));
     }
     QVERIFY(logging.entries.contains("ERROR SerializerFactory createSerializer: csv is unknown."));
+}
+
+// Only the lookup holds the lock; a creator that asks the factory again must not dead-lock
+// (the test's time-out ends a run that does).
+void tst_SerializerFactory::creatorMayCreateAnotherSerializer()
+{
+    SerializerFactory* factory = SerializerFactory::instance();
+    factory->registerSerializer(QStringLiteral("inner"), &create<3>);
+    factory->registerSerializer(QStringLiteral("outer"), &createInner);
+    std::unique_ptr<ISerializer> serializer(factory->createSerializer(QStringLiteral("outer")));
+    QCOMPARE(serializer->getFormat(), QStringLiteral("3"));
+    factory->unregisterSerializer(QStringLiteral("outer"));
+    factory->unregisterSerializer(QStringLiteral("inner"));
 }
 
 QTEST_MAIN(tst_SerializerFactory)
