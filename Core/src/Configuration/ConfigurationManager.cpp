@@ -12,6 +12,7 @@
 #include <QHash>
 #include <QMutex>
 #include <QMutexLocker>
+#include <QXmlStreamReader>
 
 namespace corvane {
 namespace base {
@@ -129,6 +130,24 @@ QString ConfigurationManager::getFilePath(const QString& applicationFilePath,
     return directory + executable.baseName() + QStringLiteral(".xml");
 }
 
+// Whether elements nest deeper than the DOM parser can take, found without recursion; a
+// document that is not well-formed is left to the DOM parser to explain.
+bool ConfigurationManager::isNestedTooDeeply(QIODevice& device)
+{
+    QXmlStreamReader reader(&device);
+    int depth = 0;
+    while (!reader.atEnd()) {
+        const QXmlStreamReader::TokenType token = reader.readNext();
+        if (token == QXmlStreamReader::StartElement && ++depth > maximumNestingDepth) {
+            return true;
+        }
+        if (token == QXmlStreamReader::EndElement) {
+            --depth;
+        }
+    }
+    return false;
+}
+
 QString ConfigurationManager::getRootElement(const QString& path, QDomElement& root)
 {
     qInfo().noquote() << QStringLiteral("initialize: Opening ") + path;
@@ -139,6 +158,16 @@ QString ConfigurationManager::getRootElement(const QString& path, QDomElement& r
         qCritical().noquote() << QStringLiteral("initialize: Cannot open config file: ") + path;
         return QStringLiteral("Cannot open config file: ") + path;
     }
+
+    if (isNestedTooDeeply(file)) {
+        file.close();
+        const QString error = QStringLiteral("Config file '%1' is nested more than %2 levels deep.")
+                                  .arg(path)
+                                  .arg(maximumNestingDepth);
+        qCritical().noquote() << error;
+        return error;
+    }
+    file.seek(0);
 
     QString parserMessage;
     int line = 0;

@@ -64,7 +64,11 @@ public:
     static void readConfig(const QDomElement& root, entities::ApplicationInformation& information,
                            QList<entities::PluginConfiguration>& pluginConfigurations);
 
+    /// Elements nested deeper than this are refused before the DOM parser, which recurses.
+    static constexpr int maximumNestingDepth = 1000;
+
 private:
+    static bool isNestedTooDeeply(QIODevice& device);
     ConfigurationManager();
     Q_DISABLE_COPY(ConfigurationManager)
 

@@ -2,6 +2,7 @@
 
 #include "Logging/LoggingManager.h"
 
+#include <QLoggingCategory>
 #include <QRegExp>
 #include <QStringList>
 
@@ -71,15 +72,23 @@ void log4cxxMessageHandler(QtMsgType type, const QMessageLogContext& context,
 {
     const ILoggingManager::Loglevel level = levelOf(type);
     const QString name = sanitizeSource(context.file);
-    ILoggingManager* manager = base::business::LoggingManager::instance();
+    base::business::LoggingManager* manager = base::business::LoggingManager::instance();
     // A fatal message whose level is off is dropped and, deliberately, does not end the process.
     if (!manager->isLoglevelSet(name, level)) {
         return;
     }
     manager->logEntry(level, name, formatLogMessage(context, message), true);
     if (level == ILoggingManager::FATAL) {
+        manager->closeAppenders();
         std::abort();
     }
+}
+
+bool isMessageEnabled(QtMsgType type, const char* file)
+{
+    return QLoggingCategory::defaultCategory()->isEnabled(type)
+        && base::business::LoggingManager::instance()->isEnabledFor(sanitizeSource(file),
+                                                                    levelOf(type));
 }
 
 } // namespace logging

@@ -27,5 +27,11 @@ CORE_EXPORT QString formatLogMessage(const QMessageLogContext& context, const QS
 CORE_EXPORT void log4cxxMessageHandler(QtMsgType type, const QMessageLogContext& context,
                                        const QString& message);
 
+/// Whether a message of this type written from this source file would be logged, so that a
+/// caller can skip building many lines nobody reads. False only when Qt's default category
+/// filters the type out, or when log4cplus's logger for the file (as named by the handler)
+/// would drop it.
+CORE_EXPORT bool isMessageEnabled(QtMsgType type, const char* file);
+
 } // namespace logging
 } // namespace corvane

@@ -70,34 +70,58 @@ struct ThreadCache
     std::string message;
 };
 
-ThreadCache& threadCache()
+// The cache is reached through a plain pointer, which stays readable for the whole life of the
+// thread: once the thread's own objects are destroyed (at its end, or for the main thread before
+// static objects at exit) the pointer is null and entries are written without the cache.
+thread_local ThreadCache* cache = nullptr;
+thread_local bool cacheGone = false;
+
+struct ThreadCacheOwner
 {
-    thread_local ThreadCache cache;
+    ~ThreadCacheOwner()
+    {
+        delete cache;
+        cache = nullptr;
+        cacheGone = true;
+    }
+};
+
+ThreadCache* threadCache()
+{
+    if (cache == nullptr && !cacheGone) {
+        thread_local ThreadCacheOwner owner;
+        cache = new ThreadCache;
+    }
     return cache;
 }
 
-log4cplus::Logger& loggerNamed(const QString& name)
+// A logger by name; a name always gives the same logger. Without the cache (at the thread's end)
+// the logger is looked up into spare.
+log4cplus::Logger& loggerNamed(const QString& name, log4cplus::Logger& spare)
 {
-    ThreadCache& cache = threadCache();
-    if (cache.lastLogger != nullptr
-        && (cache.lastName.isSharedWith(name) || cache.lastName == name)) {
-        return *cache.lastLogger;
+    ThreadCache* const cache = threadCache();
+    if (cache == nullptr) {
+        spare = log4cplus::Logger::getInstance(name.toStdString());
+        return spare;
     }
-    auto found = cache.loggers.find(name);
-    if (found == cache.loggers.end()) {
-        found
-            = cache.loggers.emplace(name, log4cplus::Logger::getInstance(name.toStdString())).first;
+    if (cache->lastLogger != nullptr
+        && (cache->lastName.isSharedWith(name) || cache->lastName == name)) {
+        return *cache->lastLogger;
     }
-    cache.lastName = name;
-    cache.lastLogger = &found->second;
+    auto found = cache->loggers.find(name);
+    if (found == cache->loggers.end()) {
+        found = cache->loggers.emplace(name, log4cplus::Logger::getInstance(name.toStdString()))
+                    .first;
+    }
+    cache->lastName = name;
+    cache->lastLogger = &found->second;
     return found->second;
 }
 
 // The message as UTF-8, in a buffer this thread reuses: most messages are ASCII and then need
-// neither an allocation nor a conversion. Valid until the thread's next call.
-const std::string& utf8Of(const QString& message)
+// neither an allocation nor a conversion.
+void utf8Of(const QString& message, std::string& buffer)
 {
-    std::string& buffer = threadCache().message;
     const ushort* characters = message.utf16();
     const int size = message.size();
     ushort allBits = 0;
@@ -106,14 +130,13 @@ const std::string& utf8Of(const QString& message)
     }
     if (allBits >= 0x80) {
         buffer = message.toStdString();
-        return buffer;
+        return;
     }
     buffer.resize(size_t(size));
     char* out = buffer.data();
     for (int i = 0; i < size; ++i) {
         out[i] = char(characters[i]);
     }
-    return buffer;
 }
 
 } // namespace
@@ -156,6 +179,10 @@ void LoggingManager::initialize()
 
     log4cplus::helpers::Properties properties(propertiesFile.toStdString(), 0);
     makeFilePathsInPropertiesAbsolute(properties);
+    if (configured) {
+        keepWrittenLogs(properties);
+    }
+    configured = true;
     log4cplus::PropertyConfigurator configurator(properties,
                                                  log4cplus::Logger::getDefaultHierarchy(), 0);
     configurator.configure();
@@ -199,7 +226,14 @@ bool LoggingManager::isLoglevelSet(const QObject* sender, Loglevel level)
 // own answers true and leaves the filtering to log4cplus.
 bool LoggingManager::isLoglevelSet(const QString& source, Loglevel level)
 {
-    return loggerNamed(source).getLogLevel() <= levelMap.value(level, 0);
+    log4cplus::Logger spare;
+    return loggerNamed(source, spare).getLogLevel() <= levelMap.value(level, 0);
+}
+
+bool LoggingManager::isEnabledFor(const QString& source, Loglevel level)
+{
+    log4cplus::Logger spare;
+    return loggerNamed(source, spare).isEnabledFor(levelMap.value(level, 0));
 }
 
 void LoggingManager::logException(const QObject* sender, const exceptions::BaseException& exception)
@@ -223,8 +257,20 @@ void LoggingManager::logEntry(Loglevel level, const QString& source, const QStri
     }
     static QMutex mutex;
     QMutexLocker locker(&mutex);
-    loggerNamed(source).log(levelMap.value(level, 0), utf8Of(message), entryFile, entryLine,
-                            entryFunction);
+    ThreadCache* const cache = threadCache();
+    std::string spareText;
+    std::string& text = cache != nullptr ? cache->message : spareText;
+    utf8Of(message, text);
+    log4cplus::Logger spare;
+    loggerNamed(source, spare)
+        .log(levelMap.value(level, 0), text, entryFile, entryLine, entryFunction);
+}
+
+// A fatal message ends the process: what the appenders hold (an asynchronous appender's queue,
+// a buffered file) is written and the files closed first.
+void LoggingManager::closeAppenders()
+{
+    log4cplus::Logger::shutdown();
 }
 
 void LoggingManager::logEntry(Loglevel level, const QObject* sender, const QString& message,
@@ -295,7 +341,8 @@ void LoggingManager::logTrace(const QObject* sender, const QString& message)
 
 void LoggingManager::changeLoglevel(const QString& source, Loglevel level)
 {
-    loggerNamed(source).setLogLevel(levelMap.value(level, 0));
+    log4cplus::Logger spare;
+    loggerNamed(source, spare).setLogLevel(levelMap.value(level, 0));
 }
 
 void LoggingManager::changeLoglevel(const QObject* sender, Loglevel level)
@@ -336,6 +383,20 @@ void LoggingManager::makeFilePathsInPropertiesAbsolute(
         }
         if (!directory.isEmpty()) {
             QDir().mkpath(directory);
+        }
+    }
+}
+
+// Configuring again opens every file appender anew; one that truncates would cut the log it
+// is writing, so all of them append from the second time on.
+void LoggingManager::keepWrittenLogs(log4cplus::helpers::Properties& properties)
+{
+    static const QRegularExpression fileProperty(QStringLiteral("^(.*)\\.File$"));
+    for (const std::string& name : properties.propertyNames()) {
+        const QRegularExpressionMatch match = fileProperty.match(QString::fromStdString(name));
+        if (match.hasMatch()) {
+            properties.setProperty((match.captured(1) + QStringLiteral(".Append")).toStdString(),
+                                   "true");
         }
     }
 }

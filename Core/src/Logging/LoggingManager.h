@@ -61,6 +61,12 @@ public:
     void changeLoglevel(const QString& source, Loglevel level) override;
     void changeLoglevel(const QObject* sender, Loglevel level) override;
 
+    /// Whether log4cplus would write an entry of this level to the logger named source, with
+    /// the level it inherits (isLoglevelSet() looks at the logger's own level only).
+    bool isEnabledFor(const QString& source, Loglevel level);
+    /// Writes out and closes every appender, for a process that is about to abort.
+    void closeAppenders();
+
 private:
     LoggingManager();
     Q_DISABLE_COPY(LoggingManager)
@@ -68,11 +74,13 @@ private:
     /// The directory of a ${NAME} file path after expansion; empty when a variable is unset.
     QString replaceEnvironmentVariablesByContent(const QString& path) const;
     void makeFilePathsInPropertiesAbsolute(log4cplus::helpers::Properties& properties) const;
+    static void keepWrittenLogs(log4cplus::helpers::Properties& properties);
 
     static QString loggerNameOf(const QObject* sender);
 
     QString propertiesFile;
     QHash<Loglevel, int> levelMap;
+    bool configured = false; // initialize() has configured log4cplus before
 };
 
 } // namespace business

@@ -3,6 +3,7 @@
 #include "Exceptions/Exceptions.h"
 #include "Interfaces/IConfigurationManager.h"
 #include "Interfaces/IPlugin.h"
+#include "Logging/LogMessageHandler.h"
 #include "Plugins/PluginOrder.h"
 #include "StartUp/ManagerRegistry.h"
 
@@ -111,20 +112,24 @@ void PluginManager::getVersion(QString& version)
 void PluginManager::slotInitialize()
 {
     qInfo("slotInitialize: called");
+    failedStart.clear();
     try {
         ManagerRegistry::instance()->getConfigurationManager()->getPluginConfiguration(
             pluginConfigurations);
+        emit signalStartPhase(QStringLiteral("Loading plug-ins"));
         qInfo("init: --- Starting to load Plugins ---");
         loadPlugins();
         qInfo("init: --- Done loading Plugins ---");
         qInfo("init: --- Starting to order Plugins ---");
         orderPlugins();
         qInfo("init: --- Done ordering Plugins ---");
+        emit signalStartPhase(QStringLiteral("Starting plug-ins"));
         qInfo("init: --- Starting to initialize Plugins ---");
         initPlugins();
         qInfo("init: --- Done initializing Plugins ---");
     } catch (const exceptions::BaseException& e) {
-        qCritical().noquote() << "Error during initialize of plugin." << e.what();
+        failedStart = QString::fromUtf8(e.what());
+        qCritical().noquote() << "Error during initialize of plugin." << failedStart;
         // An application whose plug-ins did not start has nothing to do: it ends with 1 as
         // soon as its event loop runs, rather than idling forever.
         if (QCoreApplication::instance() != nullptr) {
@@ -134,6 +139,11 @@ void PluginManager::slotInitialize()
         }
     }
     logStartUpTimes();
+}
+
+QString PluginManager::startFailure() const
+{
+    return failedStart;
 }
 
 void PluginManager::loadPlugins()
@@ -151,9 +161,9 @@ void PluginManager::loadPlugins()
 void PluginManager::loadPlugin(const QString& aPluginFileName)
 {
     qDebug() << "loadPlugin:" << aPluginFileName;
-    if (loadedFiles.contains(aPluginFileName)) {
-        fail("loadPlugin", QStringLiteral("loadPlugin: Plugin already loaded: ") + aPluginFileName,
-             QStringLiteral("Plugin already loaded: ") + aPluginFileName);
+    if (loadedFiles.contains(aPluginFileName) && isLoaded(loadedFiles.value(aPluginFileName))) {
+        qCritical() << "loadPlugin: Plugin already loaded:" << aPluginFileName;
+        fail("loadPlugin", QStringLiteral("Plugin already loaded: ") + aPluginFileName);
     }
     QElapsedTimer timer;
     timer.start();
@@ -162,20 +172,29 @@ void PluginManager::loadPlugin(const QString& aPluginFileName)
     QObject* instance = loader->instance();
     if (instance == nullptr) {
         // Qt's explanation does not always name the file; the log line does.
+        qCritical() << "loadPlugin: Failed to load plugin:" << aPluginFileName << "from"
+                    << QDir::toNativeSeparators(file);
         fail("loadPlugin",
-             QStringLiteral("loadPlugin: Failed to load plugin: %1 from %2")
-                 .arg(aPluginFileName, QDir::toNativeSeparators(file)),
              QStringLiteral("Failed to load plugin (%1). %2")
                  .arg(aPluginFileName, loader->errorString()));
     }
     auto* plugin = qobject_cast<IPlugin*>(instance);
     if (plugin == nullptr) {
         loader->unload();
-        fail("loadPlugin", QStringLiteral("loadPlugin: Plugin not recognized:") + aPluginFileName,
-             QStringLiteral("Plugin not recognized: ") + aPluginFileName);
+        qCritical() << "loadPlugin: Plugin not recognized:" << aPluginFileName;
+        fail("loadPlugin", QStringLiteral("Plugin not recognized: ") + aPluginFileName);
     }
 
     const QString name = nameOf(plugin);
+    if (isLoaded(name)) {
+        // The same library under another spelling shares its instance with the first load;
+        // unloading only gives this loader's reference back.
+        loader->unload();
+        qCritical().nospace() << "loadPlugin: Plugin name already loaded: " << name << " ("
+                              << aPluginFileName << ")";
+        fail("loadPlugin",
+             QStringLiteral("Plugin name already loaded: %1 (%2)").arg(name, aPluginFileName));
+    }
     QString version;
     plugin->getVersion(version);
     QStringList providedTasks;
@@ -185,9 +204,9 @@ void PluginManager::loadPlugin(const QString& aPluginFileName)
     }
     configure(loader.get(), plugin);
 
-    qInfo().noquote() << QStringLiteral("loadPlugin: Plugin loaded: %1 (%2)").arg(name, version);
+    qInfo().nospace() << "loadPlugin: Plugin loaded: " << name << " (" << version << ")";
     plugins.append({name, loader.release()});
-    loadedFiles.insert(aPluginFileName);
+    loadedFiles.insert(aPluginFileName, name);
     loadMilliseconds.insert(name, timer.elapsed());
     emit signalPluginLoaded(name);
 }
@@ -214,8 +233,8 @@ void PluginManager::orderPlugins()
     for (const LoadedPlugin& loaded : qAsConst(plugins)) {
         auto* plugin = qobject_cast<IPlugin*>(loaded.second->instance());
         if (plugin == nullptr) {
-            fail("orderPlugins", QStringLiteral("orderPlugins: Plugin not loaded!"),
-                 QStringLiteral("Plugin not loaded!"));
+            qCritical("orderPlugins: Plugin not loaded!");
+            fail("orderPlugins", QStringLiteral("Plugin not loaded!"));
         }
         PluginOrder::Plugin record {loaded.first, {}, {}, {}};
         plugin->getProvidedServices(record.provided);
@@ -224,35 +243,31 @@ void PluginManager::orderPlugins()
         records.append(record);
     }
 
-    const PluginOrder::Result result = PluginOrder::order(records);
+    const PluginOrder::Result result
+        = PluginOrder::order(records, logging::isMessageEnabled(QtDebugMsg, __FILE__));
     for (const auto& event : result.events) {
         const QString& name = event.second.first;
         switch (event.first) {
         case PluginOrder::Event::OptionalServiceDropped:
-            qDebug().noquote() << QStringLiteral(
-                                      "orderPlugins: OptionalRequiredService not available:")
-                    + event.second.second + QStringLiteral(" for plugin ") + name;
+            qDebug() << "orderPlugins: OptionalRequiredService not available:"
+                     << event.second.second << "for plugin" << name;
             break;
         case PluginOrder::Event::NotOrdered:
-            qDebug().noquote() << QStringLiteral("orderPlugins: Plugin NOT ordered:") + name;
+            qDebug() << "orderPlugins: Plugin NOT ordered:" << name;
             break;
         case PluginOrder::Event::Ordered:
-            qInfo().noquote() << QStringLiteral("orderPlugins: Plugin ordered:") + name;
+            qInfo() << "orderPlugins: Plugin ordered:" << name;
             break;
         }
     }
 
     if (!result.leftOver.isEmpty()) {
         const QString names = result.leftOver.join(QStringLiteral(", "));
-        qCritical().noquote() << QStringLiteral(
-                                     "orderPlugins: Failed to order the following plugins:")
-                + names;
+        qCritical() << "orderPlugins: Failed to order the following plugins:" << names;
         for (const QString& line : PluginOrder::explainLeftOver(records, result)) {
             qCritical().noquote() << QStringLiteral("orderPlugins: ") + line;
         }
-        throw PluginManagerException(this, QStringLiteral("orderPlugins"),
-                                     QStringLiteral("Failed to order the following plugins: ")
-                                         + names);
+        fail("orderPlugins", QStringLiteral("Failed to order the following plugins: ") + names);
     }
 
     QList<LoadedPlugin> ordered;
@@ -271,14 +286,13 @@ void PluginManager::initPlugins()
     const QStringList& basePlugins = tasks[baseTask];
     for (const LoadedPlugin& loaded : qAsConst(plugins)) {
         if (basePlugins.contains(loaded.first)) {
-            qInfo().noquote() << QStringLiteral("initPlugins: Plugin init started:") + loaded.first;
+            qInfo() << "initPlugins: Plugin init started:" << loaded.first;
             QElapsedTimer timer;
             timer.start();
             initPlugin(loaded.second);
             initializeMilliseconds.insert(loaded.first, timer.elapsed());
         } else {
-            qInfo().noquote() << QStringLiteral("initPlugins: Plugin init NOT started:")
-                    + loaded.first;
+            qInfo() << "initPlugins: Plugin init NOT started:" << loaded.first;
         }
     }
     emit signalPluginInitializedForBase();
@@ -287,72 +301,69 @@ void PluginManager::initPlugins()
 void PluginManager::initPlugin(QPluginLoader* aPluginLoader)
 {
     if (aPluginLoader == nullptr) {
-        fail("initPlugin", QStringLiteral("initPlugin: aPluginLoader is NULL"),
-             QStringLiteral("aPluginLoader is NULL"));
+        qCritical("initPlugin: aPluginLoader is NULL");
+        fail("initPlugin", QStringLiteral("aPluginLoader is NULL"));
     }
     auto* plugin = qobject_cast<IPlugin*>(aPluginLoader->instance());
     if (plugin == nullptr) {
+        qCritical() << "initPlugin: Plugin not recognized:" << aPluginLoader->fileName();
         fail("initPlugin",
-             QStringLiteral("initPlugin: Plugin not recognized: ") + aPluginLoader->fileName(),
              QStringLiteral("Plugin not recognized (%1)").arg(aPluginLoader->fileName()));
     }
     const QString name = nameOf(plugin);
     if (initializedPlugins.contains(name)) {
-        qInfo().noquote() << QStringLiteral("initPlugin: Plugin already initialized: ") + name;
+        qInfo() << "initPlugin: Plugin already initialized:" << name;
         return;
     }
     try {
         plugin->initialize();
     } catch (const exceptions::BaseException& e) {
-        fail("initPlugin", QStringLiteral("initPlugin: Failed to initialize plugin: ") + name,
+        qCritical() << "initPlugin: Failed to initialize plugin:" << name;
+        fail("initPlugin",
              QStringLiteral("Failed to initialize plugin (%1): %2")
                  .arg(name, QString::fromUtf8(e.what())));
     }
     initializedPlugins.append(name);
-    qInfo().noquote() << QStringLiteral("initPlugin: Plugin initialized:") + name;
+    qInfo() << "initPlugin: Plugin initialized:" << name;
 }
 
 void PluginManager::deinitPlugin(QPluginLoader* aPluginLoader)
 {
     if (aPluginLoader == nullptr) {
-        fail("deinitPlugin", QStringLiteral("deinitPlugin: PluginLoader is NULL."),
-             QStringLiteral("PluginLoader is NULL."));
+        qCritical("deinitPlugin: PluginLoader is NULL.");
+        fail("deinitPlugin", QStringLiteral("PluginLoader is NULL."));
     }
     IPlugin* plugin = pluginOf("deinitPlugin", aPluginLoader->fileName(), aPluginLoader);
     const QString name = nameOf(plugin);
     plugin->deinitialize();
     initializedPlugins.removeAll(name);
-    qInfo().noquote() << QStringLiteral("deinitPlugin: Plugin %1 deinitialized.").arg(name);
+    qInfo() << "deinitPlugin: Plugin" << name << "deinitialized.";
 }
 
 void PluginManager::initializePlugin(const QString& pluginName)
 {
-    qInfo().noquote() << QStringLiteral("initializePlugin: Plugin init started: ") + pluginName;
+    qInfo() << "initializePlugin: Plugin init started:" << pluginName;
     if (isInitialized(pluginName)) {
-        fail("initializePlugin",
-             QStringLiteral("initializePlugin: Plugin already initialized: ") + pluginName,
-             QStringLiteral("Plugin already initialized: ") + pluginName);
+        qCritical() << "initializePlugin: Plugin already initialized:" << pluginName;
+        fail("initializePlugin", QStringLiteral("Plugin already initialized: ") + pluginName);
     }
     if (!isLoaded(pluginName)) {
-        fail("initializePlugin",
-             QStringLiteral("initializePlugin: Plugin not initialized: ") + pluginName,
-             QStringLiteral("Plugin not initialized: ") + pluginName);
+        qCritical() << "initializePlugin: Plugin not initialized:" << pluginName;
+        fail("initializePlugin", QStringLiteral("Plugin not initialized: ") + pluginName);
     }
     initPlugin(loaderOf(pluginName));
 }
 
 void PluginManager::deinitializePlugin(const QString& pluginName)
 {
-    qInfo().noquote() << QStringLiteral("deinitializePlugin: Plugin deinit started: ") + pluginName;
+    qInfo() << "deinitializePlugin: Plugin deinit started:" << pluginName;
     if (!isInitialized(pluginName)) {
-        fail("deinitializePlugin",
-             QStringLiteral("deinitializePlugin: Plugin already deinitialized: ") + pluginName,
-             QStringLiteral("Plugin already deinitialized: ") + pluginName);
+        qCritical() << "deinitializePlugin: Plugin already deinitialized:" << pluginName;
+        fail("deinitializePlugin", QStringLiteral("Plugin already deinitialized: ") + pluginName);
     }
     if (!isLoaded(pluginName)) {
-        fail("deinitializePlugin",
-             QStringLiteral("deinitializePlugin: Plugin not deinitialized: ") + pluginName,
-             QStringLiteral("Plugin not deinitialized: ") + pluginName);
+        qCritical() << "deinitializePlugin: Plugin not deinitialized:" << pluginName;
+        fail("deinitializePlugin", QStringLiteral("Plugin not deinitialized: ") + pluginName);
     }
     deinitPlugin(loaderOf(pluginName));
 }
@@ -379,21 +390,16 @@ bool PluginManager::checkIfApplicationCanClose()
 {
     bool canClose = true;
     for (const LoadedPlugin& loaded : qAsConst(plugins)) {
-        qDebug().noquote() << QStringLiteral("checkIfApplicationCanClose: Ask Plugin: ")
-                + loaded.first;
+        qDebug() << "checkIfApplicationCanClose: Ask Plugin:" << loaded.first;
         if (loaded.second == nullptr) {
+            qCritical() << "checkIfApplicationCanClose: Not a pluginLoader for:" << loaded.first;
             fail("checkIfApplicationCanClose",
-                 QStringLiteral("checkIfApplicationCanClose: Not a pluginLoader for: ")
-                     + loaded.first,
                  QStringLiteral("Not a pluginLoader for: ") + loaded.first);
         }
         if (pluginOf("checkIfApplicationCanClose", loaded.first, loaded.second)->checkCanClose()) {
-            qDebug().noquote() << QStringLiteral("checkIfApplicationCanClose: Plugin can close: ")
-                    + loaded.first;
+            qDebug() << "checkIfApplicationCanClose: Plugin can close:" << loaded.first;
         } else {
-            qDebug().noquote() << QStringLiteral(
-                                      "checkIfApplicationCanClose: Plugin CANNOT close: ")
-                    + loaded.first;
+            qDebug() << "checkIfApplicationCanClose: Plugin CANNOT close:" << loaded.first;
             canClose = false;
         }
     }
@@ -405,40 +411,33 @@ void PluginManager::getPluginInformation(const QString& pluginName, QString& des
 {
     QPluginLoader* loader = loaderOf(pluginName);
     if (loader == nullptr) {
-        fail("getPluginInformation",
-             QStringLiteral("getPluginInformation: Plugin not loaded ") + pluginName,
-             QStringLiteral("Plugin not loaded") + pluginName);
+        qCritical() << "getPluginInformation: Plugin not loaded" << pluginName;
+        fail("getPluginInformation", QStringLiteral("Plugin not loaded") + pluginName);
     }
     IPlugin* plugin = pluginOf("getPluginInformation", pluginName, loader);
     plugin->getVersion(version);
     plugin->getDescription(description);
-    qDebug().noquote() << QStringLiteral("getPluginInformation: Plugin %1 (%2) = %3")
-                              .arg(pluginName, version, description);
+    qDebug().nospace() << "getPluginInformation: Plugin " << pluginName << " (" << version
+                       << ") = " << description;
 }
 
 void PluginManager::initializePluginsForTasks(const QStringList& taskList)
 {
-    qDebug().noquote() << QStringLiteral("initializePluginsForTasks: TaskList: ")
-            + taskList.join(QStringLiteral(", "));
+    qDebug() << "initializePluginsForTasks: TaskList:" << taskList.join(QStringLiteral(", "));
     QStringList names;
     for (const QString& task : taskList) {
         if (!tasks.contains(task)) {
-            qCritical().noquote() << QStringLiteral(
-                                         "initializePluginsForTasks: Loading unavailable task ")
-                    + task;
+            qCritical() << "initializePluginsForTasks: Loading unavailable task" << task;
         } else {
             names.append(tasks.value(task));
         }
     }
     for (const LoadedPlugin& loaded : qAsConst(plugins)) {
         if (names.contains(loaded.first)) {
-            qInfo().noquote() << QStringLiteral("initializePluginsForTasks: Plugin init started: ")
-                    + loaded.first;
+            qInfo() << "initializePluginsForTasks: Plugin init started:" << loaded.first;
             initPlugin(loaded.second);
         } else {
-            qInfo().noquote() << QStringLiteral(
-                                     "initializePluginsForTasks: Plugin init NOT started: ")
-                    + loaded.first;
+            qInfo() << "initializePluginsForTasks: Plugin init NOT started:" << loaded.first;
         }
     }
     qDebug("initializePluginsForTasks: done.");
@@ -448,14 +447,11 @@ void PluginManager::initializePluginsForTasks(const QStringList& taskList)
 // A plug-in is stopped only when every task it offers is being stopped.
 void PluginManager::deinitializePluginsForTasks(const QStringList& taskList)
 {
-    qDebug().noquote() << QStringLiteral("deinitializePluginsForTasks: TaskList: ")
-            + taskList.join(QStringLiteral(", "));
+    qDebug() << "deinitializePluginsForTasks: TaskList:" << taskList.join(QStringLiteral(", "));
     QStringList marked;
     for (const QString& task : taskList) {
         if (!tasks.contains(task)) {
-            qCritical().noquote() << QStringLiteral(
-                                         "deinitializePluginsForTasks: Unloading unavailable task")
-                    + task;
+            qCritical() << "deinitializePluginsForTasks: Unloading unavailable task" << task;
             continue;
         }
         for (const QString& name : tasks.value(task)) {
@@ -465,14 +461,10 @@ void PluginManager::deinitializePluginsForTasks(const QStringList& taskList)
             const auto kept = std::find_if(offered.cbegin(), offered.cend(),
                                            [&](const QString& t) { return !taskList.contains(t); });
             if (kept != offered.cend()) {
-                qDebug().noquote()
-                    << QStringLiteral("deinitializePluginsForTasks: Marking plugin %1 NOT for "
-                                      "deinit because of task: %2")
-                           .arg(name, *kept);
+                qDebug() << "deinitializePluginsForTasks: Marking plugin" << name
+                         << "NOT for deinit because of task:" << *kept;
             } else {
-                qDebug().noquote()
-                    << QStringLiteral("deinitializePluginsForTasks: Marking plugin for deinit: ")
-                        + name;
+                qDebug() << "deinitializePluginsForTasks: Marking plugin for deinit:" << name;
                 marked.append(name);
             }
         }
@@ -489,12 +481,12 @@ void PluginManager::unloadPlugin(const QString& pluginName)
 {
     QPluginLoader* loader = loaderOf(pluginName);
     if (loader == nullptr) {
-        fail("unloadPlugin", QStringLiteral("unloadPlugin: Plugin not loaded: ") + pluginName,
-             QStringLiteral("Plugin not loaded: ") + pluginName);
+        qCritical() << "unloadPlugin: Plugin not loaded:" << pluginName;
+        fail("unloadPlugin", QStringLiteral("Plugin not loaded: ") + pluginName);
     }
     if (!loader->unload()) {
-        fail("unloadPlugin", QStringLiteral("unloadPlugin: Plugin unload failed:") + pluginName,
-             QStringLiteral("Plugin unload failed :") + pluginName);
+        qCritical() << "unloadPlugin: Plugin unload failed:" << pluginName;
+        fail("unloadPlugin", QStringLiteral("Plugin unload failed :") + pluginName);
     }
     const int removed
         = int(std::count_if(plugins.cbegin(), plugins.cend(),
@@ -502,11 +494,13 @@ void PluginManager::unloadPlugin(const QString& pluginName)
     plugins.erase(std::remove_if(plugins.begin(), plugins.end(),
                                  [&](const LoadedPlugin& p) { return p.first == pluginName; }),
                   plugins.end());
+    for (const QString& file : loadedFiles.keys(pluginName)) {
+        loadedFiles.remove(file);
+    }
     delete loader;
     if (removed != 1) {
+        qCritical() << "unloadPlugin: Removed more than one plugin during unload of" << pluginName;
         fail("unloadPlugin",
-             QStringLiteral("unloadPlugin: Removed more than one plugin during unload of")
-                 + pluginName,
              QStringLiteral("Removed more than one plugin during unload of ") + pluginName);
     }
 }
@@ -515,7 +509,7 @@ void PluginManager::unloadPlugin(const QString& pluginName)
 // A failure does not keep the others loaded; the first one is thrown at the end.
 void PluginManager::unloadPlugins()
 {
-    QStringList failures;
+    QList<QPair<QString, QString>> failures; // plug-in, what went wrong
     for (auto loaded = plugins.crbegin(); loaded != plugins.crend(); ++loaded) {
         if (!initializedPlugins.contains(loaded->first)) {
             continue;
@@ -524,7 +518,7 @@ void PluginManager::unloadPlugins()
             deinitPlugin(loaded->second);
         } catch (const exceptions::BaseException& e) {
             initializedPlugins.removeAll(loaded->first);
-            failures << QStringLiteral("%1): %2").arg(loaded->first, QString::fromUtf8(e.what()));
+            failures.append({loaded->first, QString::fromUtf8(e.what())});
         }
     }
     const QList<LoadedPlugin> loadedPlugins = plugins;
@@ -532,19 +526,21 @@ void PluginManager::unloadPlugins()
         try {
             unloadPlugin(loaded->first);
         } catch (const exceptions::BaseException& e) {
-            failures << QStringLiteral("%1): %2").arg(loaded->first, QString::fromUtf8(e.what()));
+            failures.append({loaded->first, QString::fromUtf8(e.what())});
         }
     }
     plugins.clear();
     loadedFiles.clear();
     tasks.clear();
     initializedPlugins.clear();
-    for (const QString& failure : qAsConst(failures)) {
-        qCritical().noquote() << QStringLiteral("unloadPlugins: Plugin unload failed (") + failure;
+    for (const auto& failure : qAsConst(failures)) {
+        qCritical().nospace() << "unloadPlugins: Plugin unload failed (" << failure.first
+                              << "): " << failure.second;
     }
     if (!failures.isEmpty()) {
-        throw PluginManagerException(this, QStringLiteral("unloadPlugins"),
-                                     QStringLiteral("Plugin unload failed (") + failures.first());
+        fail("unloadPlugins",
+             QStringLiteral("Plugin unload failed (%1): %2")
+                 .arg(failures.first().first, failures.first().second));
     }
 }
 
@@ -574,16 +570,15 @@ QString PluginManager::libraryFile(const QString& folder, const QString& configu
 
 IPlugin* PluginManager::pluginOf(const char* method, const QString& name, QPluginLoader* loader)
 {
-    const QString operation = QString::fromLatin1(method);
     QObject* instance = loader != nullptr ? loader->instance() : nullptr;
     if (instance == nullptr) {
-        fail(method, operation + QStringLiteral(": Not a plugin: ") + name,
-             QStringLiteral("Not a plugin: ") + name);
+        qCritical() << (QByteArray(method) + ": Not a plugin:").constData() << name;
+        fail(method, QStringLiteral("Not a plugin: ") + name);
     }
     auto* plugin = qobject_cast<IPlugin*>(instance);
     if (plugin == nullptr) {
-        fail(method, operation + QStringLiteral(": Plugin not recognized: ") + name,
-             QStringLiteral("Plugin not recognized: ") + name);
+        qCritical() << (QByteArray(method) + ": Plugin not recognized:").constData() << name;
+        fail(method, QStringLiteral("Plugin not recognized: ") + name);
     }
     return plugin;
 }
@@ -615,9 +610,8 @@ void PluginManager::logStartUpTimes() const
         << QStringLiteral("init: Plugins loaded and initialized in %1 ms").arg(total);
 }
 
-void PluginManager::fail(const char* method, const QString& logged, const QString& reason)
+void PluginManager::fail(const char* method, const QString& reason)
 {
-    qCritical().noquote() << logged;
     throw PluginManagerException(this, QString::fromLatin1(method), reason);
 }
 

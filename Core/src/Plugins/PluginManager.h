@@ -72,8 +72,13 @@ public:
     /// The library file that "stem.dll" (or "libstem.so", "stem") names in folder.
     static QString libraryFile(const QString& folder, const QString& configuredName);
 
+    /// Why the last start (slotInitialize) failed; empty when it did not.
+    QString startFailure() const;
+
 signals:
     void signalInitialize();
+    /// The start moves on: "Loading plug-ins", then "Starting plug-ins".
+    void signalStartPhase(QString aPhase);
 
 public slots:
     void slotInitialize();
@@ -92,15 +97,17 @@ private:
     void deinitPlugin(QPluginLoader* aPluginLoader);
     void configure(QPluginLoader* loader, interfaces::IPlugin* plugin);
     void logStartUpTimes() const;
-    [[noreturn]] void fail(const char* method, const QString& logged, const QString& reason);
+    /// Throws the manager's exception; the caller has logged the failure.
+    [[noreturn]] void fail(const char* method, const QString& reason);
 
     QList<entities::PluginConfiguration> pluginConfigurations;
     QList<LoadedPlugin> plugins; // load order, after ordering start order
-    QSet<QString> loadedFiles;
+    QHash<QString, QString> loadedFiles; // file name as given -> plug-in name
     QHash<QString, QStringList> tasks;
     QStringList initializedPlugins;
     QHash<QString, qint64> loadMilliseconds;
     QHash<QString, qint64> initializeMilliseconds;
+    QString failedStart;
 };
 
 } // namespace business

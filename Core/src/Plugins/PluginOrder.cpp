@@ -24,7 +24,6 @@ QSet<QString> asSet(const QStringList& list)
 
 // Each plug-in's required services: its own plus the optional ones some plug-in provides.
 QVector<QSet<QString>> effectiveRequirements(const QList<Plugin>& plugins,
-                                             const QVector<int>& byName,
                                              PluginOrder::Result& result)
 {
     QSet<QString> allProvided;
@@ -32,7 +31,7 @@ QVector<QSet<QString>> effectiveRequirements(const QList<Plugin>& plugins,
         allProvided.unite(asSet(plugin.provided));
     }
     QVector<QSet<QString>> required(plugins.size());
-    for (int index : byName) {
+    for (int index = 0; index < plugins.size(); ++index) {
         const Plugin& plugin = plugins.at(index);
         required[index] = asSet(plugin.required);
         for (const QString& service : plugin.optional) {
@@ -49,10 +48,12 @@ QVector<QSet<QString>> effectiveRequirements(const QList<Plugin>& plugins,
 } // namespace
 
 // A plug-in is ready once every required service is available and no other unordered plug-in
-// provides one of them. Both only ever change towards ready, so a pass orders exactly the
-// plug-ins that are ready when the pass reaches them: the ready ones behind the last ordered
-// plug-in still belong to this pass, those before it to the next.
-PluginOrder::Result PluginOrder::order(const QList<Plugin>& plugins)
+// provides one of them; it waits while only the second holds. Both only ever change towards
+// ready, and only when a plug-in is ordered, so a pass orders exactly the plug-ins that are
+// ready when the pass reaches them: the ready ones behind the last ordered plug-in still belong
+// to this pass, those before it to the next. The waiting ones that a pass goes by between two
+// ordered plug-ins are those waiting at that moment.
+PluginOrder::Result PluginOrder::order(const QList<Plugin>& plugins, bool withWaitingLines)
 {
     Result result;
     const int count = plugins.size();
@@ -65,7 +66,7 @@ PluginOrder::Result PluginOrder::order(const QList<Plugin>& plugins)
         rank[byName[position]] = position;
     }
 
-    const QVector<QSet<QString>> required = effectiveRequirements(plugins, byName, result);
+    const QVector<QSet<QString>> required = effectiveRequirements(plugins, result);
     QVector<QSet<QString>> provided(count);
     QHash<QString, QVector<int>> requiredBy;
     QHash<QString, int> providers;
@@ -79,17 +80,12 @@ PluginOrder::Result PluginOrder::order(const QList<Plugin>& plugins)
         }
     }
 
-    QVector<int> missing(count);
-    QVector<int> blockers(count);
+    QVector<int> missing(count); // required services not yet available
+    QVector<int> blockers(count); // (service, other unordered provider) pairs
     std::set<int> ready; // by rank
-    // Called once all of a plug-in's services are available; it may still wait for another
-    // unordered provider of one of them (reported once, not on every pass).
-    auto becomesReady = [&](int index) {
-        if (blockers[index] == 0) {
-            ready.insert(rank[index]);
-        } else {
-            result.events.append({Event::NotOrdered, {plugins.at(index).name, QString()}});
-        }
+    std::set<int> waiting; // by rank: everything available, another provider unordered
+    auto servicesAvailable = [&](int index) {
+        (blockers[index] == 0 ? ready : waiting).insert(rank[index]);
     };
     for (int index = 0; index < count; ++index) {
         missing[index] = required[index].size();
@@ -98,7 +94,7 @@ PluginOrder::Result PluginOrder::order(const QList<Plugin>& plugins)
                 += providers.value(service) - (provided[index].contains(service) ? 1 : 0);
         }
         if (missing[index] == 0) {
-            becomesReady(index);
+            servicesAvailable(index);
         }
     }
 
@@ -111,25 +107,37 @@ PluginOrder::Result PluginOrder::order(const QList<Plugin>& plugins)
         for (const QString& service : provided[index]) {
             const bool newlyAvailable = !available.contains(service);
             available.insert(service);
-            for (int waiting : requiredBy.value(service)) {
-                if (waiting == index || ordered[waiting]) {
+            for (int other : requiredBy.value(service)) {
+                if (other == index || ordered[other]) {
                     continue;
                 }
-                --blockers[waiting];
-                if (newlyAvailable && --missing[waiting] == 0) {
-                    becomesReady(waiting);
-                } else if (missing[waiting] == 0 && blockers[waiting] == 0) {
-                    ready.insert(rank[waiting]);
+                --blockers[other];
+                if (newlyAvailable && --missing[other] == 0) {
+                    servicesAvailable(other);
+                } else if (missing[other] == 0 && blockers[other] == 0) {
+                    waiting.erase(rank[other]);
+                    ready.insert(rank[other]);
                 }
             }
         }
     };
+    // The waiting plug-ins a pass goes by between the ranks after and before.
+    auto passWaiting = [&](int after, int before) {
+        if (!withWaitingLines) {
+            return;
+        }
+        for (auto it = waiting.upper_bound(after); it != waiting.end() && *it < before; ++it) {
+            result.events.append({Event::NotOrdered, {plugins.at(byName[*it]).name, QString()}});
+        }
+    };
 
     int cursor = -1;
+    int unordered = count;
     bool orderedInPass = false;
-    while (!ready.empty()) {
+    while (unordered > 0) {
         const auto next = ready.upper_bound(cursor);
         if (next == ready.end()) {
+            passWaiting(cursor, count);
             if (!orderedInPass) {
                 break;
             }
@@ -137,9 +145,11 @@ PluginOrder::Result PluginOrder::order(const QList<Plugin>& plugins)
             orderedInPass = false;
             continue;
         }
+        passWaiting(cursor, *next);
         cursor = *next;
         ready.erase(next);
         orderPlugin(byName[cursor]);
+        --unordered;
         orderedInPass = true;
     }
 

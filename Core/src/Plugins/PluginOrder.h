@@ -37,11 +37,16 @@ public:
         QStringList order;
         /// Plug-ins that could not be ordered, in name order.
         QStringList leftOver;
-        /// What happened, in order: (event, plug-in name, service or empty).
+        /// What happened, in order: (event, plug-in name, service or empty). Optional services
+        /// nobody provides come first, in the plug-ins' given order; then, pass by pass in name
+        /// order, each plug-in ordered and each one reached while it still waits for another
+        /// unordered provider of a service it requires (NotOrdered, once in every such pass).
         QList<QPair<Event, QPair<QString, QString>>> events;
     };
 
-    static Result order(const QList<Plugin>& plugins);
+    /// withWaitingLines false leaves out the NotOrdered events, which can be many (up to one
+    /// per plug-in and pass) and are only wanted when they are logged.
+    static Result order(const QList<Plugin>& plugins, bool withWaitingLines = true);
 
     /// Why the left-over plug-ins wait: for each one "<name> is missing: S (provided by B)"
     /// or "... (provided by nobody)", then any cycle among them ("A -> S1 -> B -> S2 -> A").

@@ -2,6 +2,7 @@
 
 #include "Logging/AssertionReport.h"
 
+#include <QCoreApplication>
 #include <QDebug>
 #include <QThread>
 #include <QTimer>
@@ -50,8 +51,31 @@ TimerProxy::TimerProxy(QTimer* timer, QThread* thread) : timer_(timer), thread_(
     }
 }
 
+// A proxy may go on a thread that is not its timer's: the timer is then left to its own thread
+// to delete, and an asynchronous timer's thread, when the proxy goes inside its own timeout(),
+// to the application's thread, since no thread can wait for or delete itself.
 TimerProxy::~TimerProxy()
 {
+    if (timer_ == nullptr) {
+        return;
+    }
+    QThread* const current = QThread::currentThread();
+    if (thread_ == nullptr && timer_->thread() != current) {
+        disconnect(timer_, nullptr, this, nullptr);
+        timer_->setParent(nullptr);
+        timer_->deleteLater();
+        return;
+    }
+    if (thread_ != nullptr && thread_ == current) {
+        timer_->stop();
+        disconnect(timer_, nullptr, this, nullptr);
+        thread_->quit();
+        if (QCoreApplication::instance() != nullptr) {
+            thread_->moveToThread(QCoreApplication::instance()->thread());
+            connect(thread_, &QThread::finished, thread_, &QObject::deleteLater);
+        }
+        return;
+    }
     onTimerThread([this] { timer_->stop(); });
     stopThread();
     delete thread_;

@@ -18,6 +18,8 @@ using base::interfaces::IService;
 
 AbstractService::AbstractService() : registry(business::ManagerRegistry::instance()) { }
 
+// A service still initialized when it goes (its plug-in's initialize() failed after it, say)
+// must not stay registered, where it would be reached after it is gone.
 AbstractService::~AbstractService()
 {
     if (!m_initialized) {
@@ -29,6 +31,17 @@ AbstractService::~AbstractService()
     } catch (...) {
         // Without a logging manager there is nowhere to report it; a destructor must not throw.
     }
+    try {
+        if (registry->hasServiceManager()) {
+            interfaces::IServiceManager* services = registry->getServiceManager();
+            if (services->isServiceAvailable(registeredName)
+                && services->getService(registeredName) == this) {
+                services->unregisterService(registeredName);
+            }
+        }
+    } catch (...) {
+        // The service manager reports its own failures; a destructor must not throw.
+    }
 }
 
 void AbstractService::initialize()
@@ -39,6 +52,7 @@ void AbstractService::initialize()
     }
     getLogger()->logDebug(this, QStringLiteral("initialize: started."));
     resolveServices();
+    getName(registeredName);
     registry->getServiceManager()->registerService(*this);
     getLogger()->logDebug(this, QStringLiteral("initialize: done."));
     m_initialized = true;

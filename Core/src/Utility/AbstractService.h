@@ -69,6 +69,7 @@ private:
     bool m_initialized = false;
     QHash<QString*, QString> bindings;
     business::ManagerRegistry* registry;
+    QString registeredName; // the name under which initialize() registered the service
 };
 
 } // namespace utility

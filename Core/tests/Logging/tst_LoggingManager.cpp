@@ -2,6 +2,7 @@
 #include "Logging/LogMessageHandler.h"
 #include "Logging/LoggingManager.h"
 
+#include "HelperProcess.h"
 #include "TestFiles.h"
 
 #include <QtTest>
@@ -93,8 +94,11 @@ private slots:
     void entriesReachTheFile();
     void qtMessagesAreRoutedWithFunctionAndLine();
     void disabledFatalMessageDoesNotEndTheProcess();
+    void enabledFatalMessageIsWrittenAndEndsTheProcess_data();
     void enabledFatalMessageIsWrittenAndEndsTheProcess();
     void concurrentWritersLoseNothing();
+    void lateMessagesAtExitAreSafe_data();
+    void lateMessagesAtExitAreSafe();
 
 private:
     LoggingManager* manager = LoggingManager::instance();
@@ -318,23 +322,53 @@ void tst_LoggingManager::disabledFatalMessageDoesNotEndTheProcess()
     QCOMPARE(readLines(inApplicationFolder(QStringLiteral("logs/fatal.log"))), QStringList());
 }
 
+// The lines before a fatal message and the fatal line itself are in the file after the abort,
+// also when the appender holds them back (in a buffer, or in the queue of its own thread).
+void tst_LoggingManager::enabledFatalMessageIsWrittenAndEndsTheProcess_data()
+{
+    QTest::addColumn<QByteArray>("appender");
+    QTest::newRow("file appender")
+        << QByteArray("log4cplus.appender.A=log4cplus::FileAppender\n"
+                      "log4cplus.appender.A.File=logs/fatal-writer.log\n"
+                      "log4cplus.appender.A.layout=log4cplus::PatternLayout\n"
+                      "log4cplus.appender.A.layout.ConversionPattern=%c|%p|%m%n\n");
+    QTest::newRow("buffered file appender")
+        << QByteArray("log4cplus.appender.A=log4cplus::FileAppender\n"
+                      "log4cplus.appender.A.File=logs/fatal-writer.log\n"
+                      "log4cplus.appender.A.ImmediateFlush=false\n"
+                      "log4cplus.appender.A.BufferSize=65536\n"
+                      "log4cplus.appender.A.layout=log4cplus::PatternLayout\n"
+                      "log4cplus.appender.A.layout.ConversionPattern=%c|%p|%m%n\n");
+    // Its thread may or may not have passed the lines on before the abort; the buffer of the
+    // file appender behind it holds them back in either case.
+    QTest::newRow("asynchronous appender")
+        << QByteArray("log4cplus.appender.A=log4cplus::AsyncAppender\n"
+                      "log4cplus.appender.A.QueueLimit=1000\n"
+                      "log4cplus.appender.A.Appender=log4cplus::FileAppender\n"
+                      "log4cplus.appender.A.Appender.File=logs/fatal-writer.log\n"
+                      "log4cplus.appender.A.Appender.ImmediateFlush=false\n"
+                      "log4cplus.appender.A.Appender.BufferSize=65536\n"
+                      "log4cplus.appender.A.Appender.layout=log4cplus::PatternLayout\n"
+                      "log4cplus.appender.A.Appender.layout.ConversionPattern=%c|%p|%m%n\n");
+}
+
 void tst_LoggingManager::enabledFatalMessageIsWrittenAndEndsTheProcess()
 {
+    QFETCH(QByteArray, appender);
     writeFile(inApplicationFolder(QStringLiteral("FatalWriter.properties")),
-              "log4cplus.rootLogger=TRACE, A\n"
-              "log4cplus.appender.A=log4cplus::FileAppender\n"
-              "log4cplus.appender.A.File=logs/fatal-writer.log\n"
-              "log4cplus.appender.A.layout=log4cplus::PatternLayout\n"
-              "log4cplus.appender.A.layout.ConversionPattern=%c|%p|%m%n\n");
-    QProcess writer;
-    writer.start(inApplicationFolder(QStringLiteral("FatalWriter")), QStringList());
-    QVERIFY(writer.waitForFinished(60000));
-    QCOMPARE(writer.exitStatus(), QProcess::CrashExit);
-    QVERIFY(!writer.readAllStandardOutput().contains("survived"));
+              "log4cplus.rootLogger=TRACE, A\n" + appender);
+    const HelperRun run = runHelper(inApplicationFolder(QStringLiteral("FatalWriter")));
+    QVERIFY2(run.finished && run.gone && run.status == QProcess::CrashExit,
+             qPrintable(run.report()));
+    QVERIFY(!run.out.contains("survived"));
 
-    QFile log(inApplicationFolder(QStringLiteral("logs/fatal-writer.log")));
-    QVERIFY(log.open(QIODevice::ReadOnly));
-    QVERIFY(log.readAll().contains("Fatal.Writer|FATAL|stop(7): the end\n"));
+    const QStringList lines
+        = QString::fromUtf8(readFile(inApplicationFolder(QStringLiteral("logs/fatal-writer.log"))))
+              .split(QLatin1Char('\n'))
+              .filter(QRegularExpression(QStringLiteral("^Fatal\\.Writer\\|")));
+    QCOMPARE(lines,
+             QStringList({"Fatal.Writer|INFO|first", "Fatal.Writer|WARN|stop(7): second",
+                          "Fatal.Writer|FATAL|stop(7): the end"}));
 }
 
 void tst_LoggingManager::concurrentWritersLoseNothing()
@@ -380,6 +414,29 @@ void tst_LoggingManager::concurrentWritersLoseNothing()
         seen.insert(match.captured(1));
     }
     QCOMPARE(seen.size(), threadCount * messagesPerThread);
+}
+
+// A Qt message or a direct log call while the process or a thread ends, after the logging
+// manager's per-thread state may be gone: it must neither crash nor touch freed memory.
+void tst_LoggingManager::lateMessagesAtExitAreSafe_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::newRow("Qt message from a static destructor") << QStringList {"static", "qt"};
+    QTest::newRow("logInfo from a static destructor") << QStringList {"static", "direct"};
+    QTest::newRow("Qt message as a thread ends") << QStringList {"thread", "qt"};
+    QTest::newRow("logInfo as a thread ends") << QStringList {"thread", "direct"};
+}
+
+void tst_LoggingManager::lateMessagesAtExitAreSafe()
+{
+    QFETCH(QStringList, arguments);
+    writeFile(inApplicationFolder(QStringLiteral("LateLogger.properties")),
+              "log4cplus.rootLogger=TRACE, A\n"
+              "log4cplus.appender.A=log4cplus::FileAppender\n"
+              "log4cplus.appender.A.File=logs/late.log\n");
+    const HelperRun run = runHelper(inApplicationFolder(QStringLiteral("LateLogger")), arguments);
+    QVERIFY2(run.exitedCleanly(), qPrintable(run.report()));
+    QCOMPARE(run.out, QByteArray("late message written\n"));
 }
 
 QTEST_MAIN(tst_LoggingManager)

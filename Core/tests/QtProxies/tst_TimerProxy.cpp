@@ -1,5 +1,7 @@
 #include "QtProxies/TimerProxy.h"
 
+#include "HelperProcess.h"
+
 #include <QtTest>
 
 #include <atomic>
@@ -17,6 +19,8 @@ private slots:
     void stopAndDestructionJoinTheThread();
     void invalidConstructionIsReported_data();
     void invalidConstructionIsReported();
+    void deletionAtAnAwkwardMomentIsClean_data();
+    void deletionAtAnAwkwardMomentIsClean();
 };
 
 void tst_TimerProxy::synchronousTimerFiresOnTheCreatingThread()
@@ -117,6 +121,26 @@ void tst_TimerProxy::invalidConstructionIsReported()
                                .arg(QRegularExpression::escape(assertion))));
     TimerProxy proxy(timer, thread);
     QVERIFY(!proxy.isActive());
+}
+
+// A running proxy deleted from another thread, or from inside its own timeout(), as a one-shot
+// timer that deletes itself does: the process goes on and ends cleanly.
+void tst_TimerProxy::deletionAtAnAwkwardMomentIsClean_data()
+{
+    QTest::addColumn<QString>("scenario");
+    QTest::newRow("synchronous, deleted from another thread") << "synchronous";
+    QTest::newRow("asynchronous, deleted in its own timeout") << "asynchronous";
+}
+
+void tst_TimerProxy::deletionAtAnAwkwardMomentIsClean()
+{
+    QFETCH(QString, scenario);
+    const HelperRun run
+        = runHelper(QCoreApplication::applicationDirPath() + "/TimerDeleter", {scenario});
+    QVERIFY2(run.exitedCleanly(), qPrintable(run.report()));
+    QCOMPARE(run.out, QByteArray("deleted\nclean end\n"));
+    QVERIFY2(!run.err.contains("QThread: Destroyed while thread is still running"),
+             qPrintable(run.report()));
 }
 
 QTEST_MAIN(tst_TimerProxy)

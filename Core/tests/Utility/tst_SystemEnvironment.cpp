@@ -74,6 +74,12 @@ void tst_SystemEnvironment::expands_data()
     QTest::newRow("plain text") << ""
                                 << "logs/app.log"
                                 << "logs/app.log";
+    // Many references are no cycle, also when a name comes back after its expansion closed.
+    QTest::newRow("5000 references")
+        << "CT_HOME=/h" << QString("${CT_HOME},").repeated(5000) << QString("/h,").repeated(5000);
+    QTest::newRow("5000 references through values")
+        << "CT_NESTED=${CT_USER}${CT_HOME};CT_USER=u;CT_HOME=${CT_USER}"
+        << QString("${CT_NESTED}.").repeated(2500) << QString("uu.").repeated(2500);
 }
 
 void tst_SystemEnvironment::expands()
@@ -82,7 +88,11 @@ void tst_SystemEnvironment::expands()
     QFETCH(QString, text);
     QFETCH(QString, expanded);
     setEnvironment(environment);
-    QCOMPARE(SystemEnvironment::expandEnvironmentVariables(text), expanded);
+    try {
+        QCOMPARE(SystemEnvironment::expandEnvironmentVariables(text), expanded);
+    } catch (const InvalidArgumentException& e) {
+        QFAIL(e.what());
+    }
 }
 
 void tst_SystemEnvironment::rejects_data()
@@ -107,6 +117,14 @@ void tst_SystemEnvironment::rejects_data()
         << "CT_PING=${CT_PONG};CT_PONG=${CT_PING}"
         << "${CT_PING}"
         << "Environment variable 'CT_PING' refers to itself";
+    QTest::newRow("cycle through three values behind 3000 references")
+        << "CT_HOME=/h;CT_PING=${CT_PONG};CT_PONG=${CT_NESTED};CT_NESTED=x${CT_PING}"
+        << "${CT_PING}" + QString("${CT_HOME}").repeated(3000)
+        << "Environment variable 'CT_PING' refers to itself";
+    QTest::newRow("unset variable behind 3000 references")
+        << "CT_HOME=/h"
+        << "${CT_USER}" + QString("${CT_HOME}").repeated(3000)
+        << "Environment variable 'CT_USER' is not set";
 }
 
 void tst_SystemEnvironment::rejects()

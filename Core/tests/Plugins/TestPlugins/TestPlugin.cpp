@@ -1,14 +1,20 @@
 // One plug-in source, built into several libraries: TEST_PLUGIN_NAME, TEST_PROVIDES,
 // TEST_REQUIRES, TEST_OPTIONAL and TEST_TASKS (comma-separated) make each one different.
-// Its configuration element may say <canClose>false</canClose> or
-// <failInitialize>true</failInitialize>. It reports what is done to it as Qt messages.
+// Its configuration element may say <canClose>false</canClose>,
+// <failInitialize>true</failInitialize> or <holdUntil>file</holdUntil> (its load then takes
+// until that file exists, at most a minute, with Qt's events going on meanwhile). It reports
+// what is done to it as Qt messages.
 
 #include <Exceptions/Exceptions.h>
 #include <Utility/AbstractPlugin.h>
 #include <Utility/XMLHelper.h>
 
+#include <QDeadlineTimer>
 #include <QDebug>
 #include <QDomElement>
+#include <QEventLoop>
+#include <QFile>
+#include <QTimer>
 
 namespace {
 
@@ -28,6 +34,7 @@ class TestPlugin : public corvane::base::core::utility::AbstractPlugin
 public:
     TestPlugin()
     {
+        setDescription(QStringLiteral("test plug-in " TEST_PLUGIN_NAME));
         for (const QString& service : listOf(TEST_PROVIDES)) {
             addProvidedService(nullptr, service);
         }
@@ -47,6 +54,22 @@ public:
         XMLHelper::readBoolFromXML(configuration, QStringLiteral("canClose"), &canClose);
         XMLHelper::readBoolFromXML(configuration, QStringLiteral("failInitialize"),
                                    &failInitialize);
+        QString holdUntil;
+        XMLHelper::readStringFromXML(configuration, QStringLiteral("holdUntil"), &holdUntil);
+        if (!holdUntil.isEmpty()) {
+            qInfo("test: %s holding", TEST_PLUGIN_NAME);
+            const QDeadlineTimer deadline(60000);
+            QEventLoop loop;
+            QTimer poll;
+            connect(&poll, &QTimer::timeout, &loop, [&] {
+                if (QFile::exists(holdUntil) || deadline.hasExpired()) {
+                    loop.quit();
+                }
+            });
+            poll.start(20);
+            loop.exec();
+            qInfo("test: %s released", TEST_PLUGIN_NAME);
+        }
     }
 
     void initialize() override
