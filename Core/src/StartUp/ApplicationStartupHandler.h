@@ -4,12 +4,13 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <memory>
 
 class QApplication;
 class QCoreApplication;
-class QLockFile;
+class QDeadlineTimer;
 class QTranslator;
 
 namespace corvane {
@@ -17,17 +18,19 @@ namespace base {
 namespace business {
 namespace internal {
 class LocalSocketStringMessageReceiver;
-}
+class SingleInstanceLock;
+} // namespace internal
 
 /**
  * Start-up translations, the file parameter of the command line, and the single-application
  * guard: with a single-application id, the first instance of a user runs and receives the
  * requests of later ones (raiseRequest(), loadRequest(file)); a later instance hands "raise"
- * and "load:<absolute file>" over and ends with -1.
+ * and "load:<absolute file>" over and ends with -1 once the first has taken them.
  *
- * The first instance is the one that holds a lock file for the id and the user; a lock left by
- * a killed instance is recognised by its process id, and what that instance left (socket name,
- * shared-memory marker) is cleared by the next first instance only.
+ * The first instance is the one that holds a lock on a file named after the id and the user,
+ * in $XDG_RUNTIME_DIR (else the temporary folder); the system gives that lock back however the
+ * instance ends, so a killed first instance is replaced by the next start. A lock that cannot
+ * be taken at all ends the start with -2 at once.
  */
 class CORE_EXPORT ApplicationStartupHandler : public QObject
 {
@@ -56,6 +59,12 @@ public:
     void initialize(QString singleAppId);
     void initSingleApplicationGuard(QString singleAppId);
 
+    /// Keeps the requests that arrive from now on, for a start that is still under way: the
+    /// framework holds them while its plug-ins start, so that none is signalled to nobody.
+    void holdRequests();
+    /// Signals the held requests in the order they came, and each later one at once.
+    void deliverHeldRequests();
+
 signals:
     void raiseRequest();
     void loadRequest(QString file);
@@ -64,12 +73,15 @@ private:
     ApplicationStartupHandler();
     Q_DISABLE_COPY(ApplicationStartupHandler)
 
-    [[noreturn]] void notifyOtherInstanceAndQuit(const QString& serverName);
+    void notifyOtherInstanceAndQuit(const QString& serverName, const QDeadlineTimer& deadline);
     bool handleMessage(const QString& message);
+    void deliver(const QString& message);
     void release();
 
-    std::unique_ptr<QLockFile> lock;
+    std::unique_ptr<internal::SingleInstanceLock> lock;
     std::unique_ptr<internal::LocalSocketStringMessageReceiver> receiver;
+    bool holding = false;
+    QStringList held;
 };
 
 } // namespace business

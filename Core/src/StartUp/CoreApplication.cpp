@@ -2,6 +2,7 @@
 
 #include "Logging/LoggingManager.h"
 #include "StartUp/ApplicationQuitHandler.h"
+#include "StartUp/Service.h"
 
 #include <QDebug>
 #include <QMutexLocker>
@@ -64,6 +65,7 @@ bool CoreApplication::event(QEvent* event)
 {
     if (event->type() == QEvent::Quit) {
         QMutexLocker locker(&mutex);
+        Service::notify(QStringLiteral("STOPPING=1"));
         ApplicationQuitHandler::takeDownManagers(this);
         qDebug("CoreApplication event handler catched Quit and shutted down");
         QCoreApplication::quit();
@@ -79,7 +81,9 @@ void CoreApplication::handleSignal()
     }
     if (number == SIGHUP) {
         qInfo("handleSignal: SIGHUP, reading the logging properties again");
+        Service::notify(QStringLiteral("RELOADING=1"));
         LoggingManager::instance()->initialize();
+        Service::notify(QStringLiteral("READY=1"));
         return;
     }
     qInfo("handleSignal: signal %d, quitting", int(number));

@@ -10,6 +10,7 @@
 #include "StartUp/Service.h"
 #include "StartUp/ServiceController.h"
 #include "StartUp/StartUpManager.h"
+#include "Utility/XMLHelper.h"
 
 #include <QApplication>
 #include <QDebug>
@@ -81,6 +82,12 @@ bool FrameworkRunner::retrieveApplicationInfo(const QStringList& arguments)
     }
     QList<entities::PluginConfiguration> pluginConfigurations;
     ConfigurationManager::readConfig(root, applicationInformation, pluginConfigurations);
+    for (QDomElement child = root.firstChildElement(); !child.isNull();
+         child = child.nextSiblingElement()) {
+        if (child.tagName().compare(QLatin1String("service"), Qt::CaseInsensitive) == 0) {
+            serviceSettings = child;
+        }
+    }
     return true;
 }
 
@@ -115,6 +122,7 @@ int FrameworkRunner::runGuiApplication(int argc, char** argv)
         if (guard < 0) {
             return guard;
         }
+        ApplicationStartupHandler::instance()->holdRequests();
     }
 
     int result = failedRun;
@@ -123,6 +131,7 @@ int FrameworkRunner::runGuiApplication(int argc, char** argv)
         qInfo("Start GUI application.");
         application.installEventFilter(new ApplicationQuitHandler(&application));
         StartUpManager::instance()->initialize();
+        ApplicationStartupHandler::instance()->deliverHeldRequests();
         qInfo("Starting main event loop.");
         result = application.exec();
     } catch (const exceptions::BaseException& e) {
@@ -150,6 +159,7 @@ int FrameworkRunner::runConsoleApplication(int argc, char** argv)
         if (guard < 0) {
             return guard;
         }
+        ApplicationStartupHandler::instance()->holdRequests();
     }
 
     int result = failedRun;
@@ -157,6 +167,7 @@ int FrameworkRunner::runConsoleApplication(int argc, char** argv)
         baseInitialization();
         qInfo("Start CONSOLE application.");
         StartUpManager::instance()->initialize();
+        ApplicationStartupHandler::instance()->deliverHeldRequests();
         qInfo("Starting main event loop.");
         result = application.exec();
         // No quit handler here: take the managers down now, before the application object goes.
@@ -173,8 +184,8 @@ int FrameworkRunner::runConsoleApplication(int argc, char** argv)
 }
 
 // The command line selects a control action (install, stop, ...), which runs without the
-// framework, or the service run: detached first (before any Qt or log4cplus object exists,
-// so that forking is safe), then hosted by the Service with its CoreApplication.
+// framework, or the service run: started as a daemon of its own unless it runs here (in the
+// foreground or under systemd), then hosted by the Service with its CoreApplication.
 int FrameworkRunner::runServiceApplication(int argc, char** argv)
 {
     QStringList arguments;
@@ -186,10 +197,20 @@ int FrameworkRunner::runServiceApplication(int argc, char** argv)
         name = QFileInfo(arguments.value(0)).baseName();
     }
     ServiceController controller(arguments, name, applicationInformation.getApplicationTitle());
+    int watchdogSeconds = 0;
+    if (core::utility::XMLHelper::readIntFromXML(serviceSettings, QStringLiteral("watchdogsec"),
+                                                 &watchdogSeconds)) {
+        controller.setWatchdogSeconds(watchdogSeconds);
+    }
     if (!controller.runsService()) {
         return controller.runAction();
     }
-    controller.daemonizeUnlessUnderSystemd();
+    if (!controller.validName()) {
+        return failedRun;
+    }
+    if (!controller.runsHere()) {
+        return controller.startDaemon();
+    }
 
     int result = failedRun;
     try {

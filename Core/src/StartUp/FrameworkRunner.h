@@ -2,6 +2,7 @@
 
 #include "Configuration/ApplicationInformation.h"
 
+#include <QDomElement>
 #include <QStringList>
 
 namespace corvane {
@@ -41,6 +42,7 @@ public:
 private:
     entities::ApplicationInformation applicationInformation;
     bool checkSignature = false;
+    QDomElement serviceSettings; // <service> of the configuration: settings of a service's unit
 };
 
 } // namespace business

@@ -4,6 +4,7 @@
 
 #include <QDataStream>
 #include <QDebug>
+#include <QDir>
 #include <QLocalServer>
 #include <QLocalSocket>
 
@@ -25,6 +26,14 @@ void check(bool condition, const char* text, int line)
 LocalSocketStringMessageReceiver::LocalSocketStringMessageReceiver(QString serverName)
     : serverName(std::move(serverName)), sharedMemory(this->serverName)
 {
+    if (QDir::isAbsolutePath(this->serverName)) {
+        sharedMemory.setNativeKey(markerFileOf(this->serverName));
+    }
+}
+
+QString LocalSocketStringMessageReceiver::markerFileOf(const QString& serverName)
+{
+    return serverName + QStringLiteral(".marker");
 }
 
 LocalSocketStringMessageReceiver::~LocalSocketStringMessageReceiver()
@@ -32,24 +41,45 @@ LocalSocketStringMessageReceiver::~LocalSocketStringMessageReceiver()
     cleanupConnection();
 }
 
-// A marker left by a killed receiver is attached and detached once, which removes it, so that
-// the marker is this receiver's own.
 bool LocalSocketStringMessageReceiver::start(std::function<bool(QString)> callback)
 {
     this->callback = std::move(callback);
     cleanupConnection();
     delete server;
-    if (!sharedMemory.create(1, QSharedMemory::ReadWrite)
-        && sharedMemory.error() == QSharedMemory::AlreadyExists && sharedMemory.attach()) {
-        sharedMemory.detach();
-        sharedMemory.create(1, QSharedMemory::ReadWrite);
-    }
+    attachMarker();
     server = new QLocalServer(this);
     server->setMaxPendingConnections(1);
     server->setSocketOptions(QLocalServer::UserAccessOption);
     connect(server, &QLocalServer::newConnection, this,
             &LocalSocketStringMessageReceiver::handleNewConnection);
     return server->listen(serverName);
+}
+
+// A marker left by a killed receiver is taken over as it is: attached, it lives as long as this
+// receiver. Senders attach to it and detach again, and the last one to detach removes it, so it
+// may come and go while this receiver looks: attach, else create, until one works. Creating
+// goes through an object of its own, since a QSharedMemory whose create() failed no longer
+// attaches; the marker outlives it, attached here.
+void LocalSocketStringMessageReceiver::attachMarker()
+{
+    for (int attempt = 0; attempt < 100 && !sharedMemory.isAttached(); ++attempt) {
+        if (sharedMemory.attach(QSharedMemory::ReadWrite)) {
+            return;
+        }
+        QSharedMemory creator;
+        if (sharedMemory.key().isNull()) {
+            creator.setNativeKey(sharedMemory.nativeKey());
+        } else {
+            creator.setKey(sharedMemory.key());
+        }
+        if (creator.create(1, QSharedMemory::ReadWrite)) {
+            sharedMemory.attach(QSharedMemory::ReadWrite);
+        } else if (creator.error() != QSharedMemory::AlreadyExists) {
+            qWarning().noquote() << QStringLiteral("start: no marker for ") + serverName + ": "
+                    + creator.errorString();
+            return;
+        }
+    }
 }
 
 void LocalSocketStringMessageReceiver::cleanupConnection()
@@ -140,9 +170,8 @@ void LocalSocketStringMessageReceiver::handleNewDataValue(QLocalSocket* connecti
         payload.truncate(zero);
     }
     expectedDataSize_[connection] = 0;
-    if (callback) {
-        callback(QString::fromUtf8(payload));
-    }
+    const bool taken = callback && callback(QString::fromUtf8(payload));
+    connection->write(taken ? "\1" : "\0", 1);
 }
 
 void LocalSocketStringMessageReceiver::dropConnection(QLocalSocket* connection)

@@ -21,7 +21,8 @@ namespace internal {
  * on the receiver's thread. Frames may arrive in pieces or several in one read; a text is cut
  * at its first zero byte; a length of 0 or less carries no message. Every connection is read
  * on its own, so a peer that sends nothing blocks nobody; one that declares more than 16 MiB
- * is dropped.
+ * is dropped. Each message handed to the callback is answered with one byte: 1 when the
+ * callback took it, else 0.
  */
 class CORE_EXPORT LocalSocketStringMessageReceiver : public QObject
 {
@@ -38,11 +39,16 @@ public:
     /// Drops every connection.
     void cleanupConnection();
 
+    /// The file that keys the shared-memory marker of a server whose name is an absolute path
+    /// (the socket file): beside the socket, not in the temporary folder.
+    static QString markerFileOf(const QString& serverName);
+
 private slots:
     void handleNewConnection();
     void handleNewData();
 
 private:
+    void attachMarker();
     void readAll(QLocalSocket* connection);
     bool handleNextData(QLocalSocket* connection);
     void handleNewDataSize(QLocalSocket* connection);

@@ -1,6 +1,11 @@
 #include "StartUp/LocalSocketStringMessageSender.h"
 
+#include "StartUp/LocalSocketStringMessageReceiver.h"
+
 #include <QDataStream>
+#include <QDir>
+#include <QEventLoop>
+#include <QTimer>
 
 namespace corvane {
 namespace base {
@@ -10,6 +15,9 @@ namespace internal {
 LocalSocketStringMessageSender::LocalSocketStringMessageSender(QString serverName, int timeout)
     : serverName(std::move(serverName)), timeout(timeout), sharedMemory(this->serverName)
 {
+    if (QDir::isAbsolutePath(this->serverName)) {
+        sharedMemory.setNativeKey(LocalSocketStringMessageReceiver::markerFileOf(this->serverName));
+    }
 }
 
 bool LocalSocketStringMessageSender::connectToReceiver()
@@ -17,7 +25,7 @@ bool LocalSocketStringMessageSender::connectToReceiver()
     if (!sharedMemory.isAttached() && !sharedMemory.attach(QSharedMemory::ReadWrite)) {
         return false;
     }
-    socket.connectToServer(serverName, QIODevice::WriteOnly);
+    socket.connectToServer(serverName, QIODevice::ReadWrite);
     return socket.waitForConnected(timeout);
 }
 
@@ -29,6 +37,19 @@ void LocalSocketStringMessageSender::sendValue(const QString& value)
     frame.append(payload);
     socket.write(frame);
     socket.waitForBytesWritten(10000);
+}
+
+// Waits with the event loop running, so that a receiver in this very thread can answer too.
+bool LocalSocketStringMessageSender::waitForAcknowledgement()
+{
+    if (socket.bytesAvailable() == 0 && socket.state() == QLocalSocket::ConnectedState) {
+        QEventLoop loop;
+        QObject::connect(&socket, &QLocalSocket::readyRead, &loop, &QEventLoop::quit);
+        QObject::connect(&socket, &QLocalSocket::disconnected, &loop, &QEventLoop::quit);
+        QTimer::singleShot(timeout, &loop, &QEventLoop::quit);
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    }
+    return socket.read(1).size() == 1;
 }
 
 void LocalSocketStringMessageSender::disconnectFromReceiver()

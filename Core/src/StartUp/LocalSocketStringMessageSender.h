@@ -13,7 +13,9 @@ namespace internal {
 
 /**
  * Sends strings to a LocalSocketStringMessageReceiver of the same server name: each as a
- * signed 32-bit big-endian length and the UTF-8 bytes.
+ * signed 32-bit big-endian length and the UTF-8 bytes. The receiver answers every message it
+ * has taken with one byte, so that a sender can tell a delivered message from one that only
+ * reached the socket. A server name that is an absolute path is the socket file itself.
  */
 class CORE_EXPORT LocalSocketStringMessageSender
 {
@@ -24,6 +26,8 @@ public:
     /// within the time-out.
     bool connectToReceiver();
     void sendValue(const QString& value);
+    /// Whether the receiver took the message sent before, within the time-out.
+    bool waitForAcknowledgement();
     void disconnectFromReceiver();
 
 private:

@@ -1,6 +1,7 @@
 #include "StartUp/Service.h"
 
 #include "Exceptions/Exceptions.h"
+#include "Plugins/PluginManager.h"
 #include "StartUp/CoreApplication.h"
 #include "StartUp/ServiceControlServer.h"
 #include "StartUp/StartUpManager.h"
@@ -8,6 +9,9 @@
 #include <QDebug>
 #include <QDir>
 #include <QFileInfo>
+#include <QTimer>
+
+#include <limits>
 
 #include <systemd/sd-daemon.h>
 
@@ -43,11 +47,22 @@ int Service::exec()
     return application->exec();
 }
 
-// Runs on the event loop: a stop that arrived meanwhile is handled right after.
+// Runs on the event loop: a stop that arrived meanwhile is handled right after. Under systemd
+// (and when started as a daemon) the start is told through NOTIFY_SOCKET: its phases as STATUS,
+// READY=1 once the framework runs, or the failure before the process ends with 1.
 void Service::slotStart()
 {
+    PluginManager* plugins = PluginManager::instance();
+    const QMetaObject::Connection phases
+        = connect(plugins, &PluginManager::signalStartPhase, this,
+                  [](const QString& phase) { notify(QStringLiteral("STATUS=") + phase); });
     try {
         StartUpManager::instance()->initialize();
+        disconnect(phases);
+        if (!plugins->startFailure().isEmpty()) {
+            throw exceptions::PluginManagerException(plugins, QStringLiteral("slotInitialize"),
+                                                     plugins->startFailure());
+        }
         QDir().mkpath(QFileInfo(controlSocket).absolutePath());
         control = new ServiceControlServer;
         connect(control, &ServiceControlServer::stopRequested, application.get(), [this] {
@@ -69,14 +84,38 @@ void Service::slotStart()
             throw exceptions::ConnectException(this, QStringLiteral("slotStart"),
                                                QStringLiteral("Cannot listen on ") + controlSocket);
         }
-        sd_notify(0, "READY=1");
+        notify(QStringLiteral("STATUS=Running"));
+        notify(QStringLiteral("READY=1"));
+        startWatchdog();
         qInfo().noquote() << QStringLiteral("slotStart: service started, control socket ")
                 + controlSocket;
     } catch (const exceptions::BaseException& e) {
-        qCritical().noquote()
-            << QStringLiteral("The Service failed to start [%1]").arg(QString::fromUtf8(e.what()));
+        disconnect(phases);
+        const QString failure
+            = QStringLiteral("The Service failed to start [%1]").arg(QString::fromUtf8(e.what()));
+        qCritical().noquote() << failure;
+        notify(QStringLiteral("STATUS=") + failure);
         QCoreApplication::exit(1);
     }
+}
+
+// Half of systemd's interval, so that one late ping is no reason for a restart; a main thread
+// that is stuck sends none.
+void Service::startWatchdog()
+{
+    uint64_t interval = 0;
+    if (sd_watchdog_enabled(0, &interval) <= 0 || interval == 0) {
+        return;
+    }
+    auto* watchdog = new QTimer(this);
+    watchdog->setTimerType(Qt::PreciseTimer);
+    connect(watchdog, &QTimer::timeout, this, [] { notify(QStringLiteral("WATCHDOG=1")); });
+    watchdog->start(int(qBound<uint64_t>(1, interval / 2000, std::numeric_limits<int>::max())));
+}
+
+void Service::notify(const QString& state)
+{
+    sd_notify(0, state.toUtf8().constData());
 }
 
 } // namespace business

@@ -17,7 +17,9 @@ class ServiceControlServer;
 /**
  * Runs the framework as a service: its CoreApplication, the control socket through which
  * "-t", "-p", "-r" and "-c num" reach it, the framework's start once the event loop runs, and
- * systemd's READY=1. Plug-ins follow pause, resume and commands through its signals:
+ * what systemd hears of it (NOTIFY_SOCKET): STATUS of the start, READY=1, WATCHDOG=1 at half
+ * the interval systemd asks for, RELOADING=1 and STOPPING=1. Plug-ins follow pause, resume and
+ * commands through its signals:
  *
  *     if (auto* service = corvane::base::business::Service::instance())
  *         connect(service, &Service::paused, this, &MyPlugin::pause);
@@ -35,6 +37,9 @@ public:
 
     int exec();
 
+    /// Tells systemd (NOTIFY_SOCKET) a state such as "READY=1"; nothing without systemd.
+    static void notify(const QString& state);
+
 signals:
     void paused();
     void resumed();
@@ -44,6 +49,8 @@ public slots:
     void slotStart();
 
 private:
+    void startWatchdog();
+
     std::unique_ptr<CoreApplication> application;
     QString controlSocket;
     ServiceControlServer* control = nullptr;

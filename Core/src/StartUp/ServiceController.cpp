@@ -8,13 +8,24 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QRandomGenerator>
+#include <QRegularExpression>
 #include <QStandardPaths>
-#include <QThread>
 
+#include <csignal>
+#include <cstddef>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
+#include <poll.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <vector>
+
+extern char** environ;
 
 namespace corvane {
 namespace base {
@@ -48,6 +59,9 @@ bool asRoot()
     return ::geteuid() == 0;
 }
 
+// How long a daemon may take to report that it is ready, as long as systemd's default.
+constexpr int daemonStartTimeout = 90000;
+
 QString userRuntimeDirectory()
 {
     const QByteArray xdg = qgetenv("XDG_RUNTIME_DIR");
@@ -55,11 +69,65 @@ QString userRuntimeDirectory()
                          : QString::fromLocal8Bit(xdg);
 }
 
+// One argument of a unit's Exec line: quoted when it holds blanks or quotes; "%" and "$" keep
+// their literal meaning.
+QString unitArgument(QString argument)
+{
+    argument.replace(QLatin1Char('%'), QLatin1String("%%"))
+        .replace(QLatin1Char('$'), QLatin1String("$$"));
+    if (argument.contains(QRegularExpression(QStringLiteral("[\\s\"'\\\\;]")))) {
+        argument.replace(QLatin1Char('\\'), QLatin1String("\\\\"))
+            .replace(QLatin1Char('"'), QLatin1String("\\\""));
+        argument = QLatin1Char('"') + argument + QLatin1Char('"');
+    }
+    return argument;
+}
+
+// A datagram socket in the abstract namespace, as systemd's NOTIFY_SOCKET; its name or empty.
+QByteArray bindNotifySocket(int socket)
+{
+    const QByteArray name = QByteArrayLiteral("corvane-notify-") + QByteArray::number(::getpid())
+        + '-' + QByteArray::number(QRandomGenerator::system()->generate64(), 16);
+    sockaddr_un address = {};
+    address.sun_family = AF_UNIX;
+    std::memcpy(address.sun_path + 1, name.constData(), size_t(name.size()));
+    const auto length = socklen_t(offsetof(sockaddr_un, sun_path) + 1 + size_t(name.size()));
+    return ::bind(socket, reinterpret_cast<sockaddr*>(&address), length) == 0 ? name : QByteArray();
+}
+
+// What the daemon reports: "READY=1" and the last "STATUS=" text.
+struct Readiness
+{
+    bool ready = false;
+    QString status;
+
+    void read(int socket)
+    {
+        char buffer[4096];
+        const ssize_t size = ::recv(socket, buffer, sizeof buffer, MSG_DONTWAIT);
+        if (size <= 0) {
+            return;
+        }
+        for (const QByteArray& line : QByteArray(buffer, int(size)).split('\n')) {
+            if (line == "READY=1") {
+                ready = true;
+            } else if (line.startsWith("STATUS=")) {
+                status = QString::fromUtf8(line.mid(7));
+            }
+        }
+    }
+};
+
 } // namespace
 
 ServiceController::ServiceController(QStringList arguments, QString name, QString description)
     : arguments(std::move(arguments)), name(std::move(name)), description(std::move(description))
 {
+    // "-C file" before the switch selects the configuration; the switch follows it.
+    while (this->arguments.size() >= 3 && this->arguments.at(1) == QLatin1String("-C")) {
+        configuration = this->arguments.at(2);
+        this->arguments.erase(this->arguments.begin() + 1, this->arguments.begin() + 3);
+    }
 }
 
 bool ServiceController::runsService() const
@@ -69,7 +137,23 @@ bool ServiceController::runsService() const
 
 bool ServiceController::inForeground() const
 {
-    return arguments.size() >= 2 && isSwitch(arguments.at(1), "-e", "-exec");
+    return isSwitch(action(), "-e", "-exec");
+}
+
+bool ServiceController::runsHere() const
+{
+    return inForeground() || qEnvironmentVariableIsSet("NOTIFY_SOCKET")
+        || qEnvironmentVariableIsSet("INVOCATION_ID");
+}
+
+QString ServiceController::action() const
+{
+    return arguments.value(1);
+}
+
+void ServiceController::setWatchdogSeconds(int seconds)
+{
+    watchdogSeconds = seconds;
 }
 
 QString ServiceController::serviceName() const
@@ -102,7 +186,7 @@ QString ServiceController::usage(const QString& program)
 
 int ServiceController::runAction()
 {
-    const QString action = arguments.value(1);
+    const QString action = this->action();
     if (isSwitch(action, "-h", "-help")) {
         std::fputs(local(usage(arguments.value(0))).constData(), stdout);
         return 0;
@@ -140,13 +224,11 @@ int ServiceController::runAction()
 bool ServiceController::validName() const
 {
     if (name.size() > 255) {
-        std::fprintf(stderr, "ServiceController: '%s' is longer than 255 characters.\n",
-                     local(name).constData());
+        qWarning("ServiceController: 'name' is longer than 255 characters.");
         return false;
     }
     if (name.contains(QLatin1Char('\\'))) {
-        std::fprintf(stderr, "ServiceController: '%s' contains backslashes '\\'.\n",
-                     local(name).constData());
+        qWarning("ServiceController: 'name' contains backslashes '\\'.");
         return false;
     }
     return true;
@@ -161,10 +243,17 @@ int ServiceController::install()
     }
     const QFileInfo executable(QFileInfo(arguments.value(0)).absoluteFilePath());
     const QString account = arguments.value(2);
-    QString unit = QStringLiteral("[Unit]\nDescription=%1\n\n[Service]\nType=notify\nExecStart=%2\n"
-                                  "WorkingDirectory=%3\nRestart=on-failure\nRuntimeDirectory=%4\n")
-                       .arg(description.isEmpty() ? name : description,
-                            executable.absoluteFilePath(), executable.absolutePath(), name);
+    QString unit
+        = QStringLiteral("[Unit]\nDescription=%1\n\n[Service]\nType=notify\nExecStart=%2\n"
+                         "ExecReload=/bin/kill -HUP $MAINPID\nWorkingDirectory=%3\n"
+                         "Restart=on-failure\nRuntimeDirectory=%4\n")
+              .arg(
+                  description.isEmpty() ? name : description, execStart(),
+                  QString(executable.absolutePath()).replace(QLatin1Char('%'), QLatin1String("%%")),
+                  name);
+    if (watchdogSeconds > 0) {
+        unit += QStringLiteral("WatchdogSec=%1\n").arg(watchdogSeconds);
+    }
     if (!account.isEmpty() && !account.endsWith(QLatin1String("\\LocalSystem"))) {
         unit += QStringLiteral("User=%1\n").arg(account); // a password means nothing to systemd
     }
@@ -245,43 +334,96 @@ void ServiceController::reloadSystemd() const
     }
 }
 
-// Called before any Qt application or log4cplus exists, so that forking is safe.
-void ServiceController::daemonizeUnlessUnderSystemd()
+QString ServiceController::execStart() const
 {
-    if (inForeground() || qEnvironmentVariableIsSet("NOTIFY_SOCKET")
-        || qEnvironmentVariableIsSet("INVOCATION_ID")) {
-        return;
+    QStringList command {unitArgument(QFileInfo(arguments.value(0)).absoluteFilePath())};
+    if (!configuration.isEmpty()) {
+        command << QStringLiteral("-C") << unitArgument(configuration);
     }
-    std::fflush(nullptr);
-    const pid_t child = ::fork();
-    if (child < 0) {
-        std::printf("The service %s could not start\n", local(name).constData());
-        std::exit(1);
-    }
-    if (child > 0) {
-        // The starting process: done once the service answers, or when it died.
-        QElapsedTimer waited;
-        waited.start();
-        int status = 0;
-        while (waited.elapsed() < 60000 && ::waitpid(child, &status, WNOHANG) == 0) {
-            if (isRunning()) {
-                std::exit(0);
+    return command.join(QLatin1Char(' '));
+}
+
+// The daemon tells its readiness as it would tell systemd: through NOTIFY_SOCKET, here a socket
+// of this process. Its death before that, or silence for too long, is a failed start.
+int ServiceController::startDaemon()
+{
+    Readiness readiness;
+    const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const QByteArray socketName = socket >= 0 ? bindNotifySocket(socket) : QByteArray();
+    pid_t daemon = -1;
+    if (!socketName.isEmpty()) {
+        QList<QByteArray> environment;
+        for (char** variable = environ; *variable != nullptr; ++variable) {
+            const QByteArray entry(*variable);
+            if (!entry.startsWith("NOTIFY_SOCKET=") && !entry.startsWith("WATCHDOG_")) {
+                environment << entry;
             }
-            QThread::msleep(50);
         }
-        std::printf("The service %s could not start\n", local(name).constData());
-        std::exit(1);
+        environment << "NOTIFY_SOCKET=@" + socketName;
+        QList<QByteArray> command {local(arguments.value(0))};
+        if (!configuration.isEmpty()) {
+            command << "-C" << local(configuration);
+        }
+        std::vector<char*> argv;
+        for (QByteArray& argument : command) {
+            argv.push_back(argument.data());
+        }
+        argv.push_back(nullptr);
+        std::vector<char*> envp;
+        for (QByteArray& entry : environment) {
+            envp.push_back(entry.data());
+        }
+        envp.push_back(nullptr);
+
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+        posix_spawnattr_t attributes;
+        posix_spawnattr_init(&attributes);
+        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+        if (posix_spawn(&daemon, "/proc/self/exe", &actions, &attributes, argv.data(), envp.data())
+            != 0) {
+            daemon = -1;
+        }
+        posix_spawn_file_actions_destroy(&actions);
+        posix_spawnattr_destroy(&attributes);
     }
-    ::setsid();
-    const int null = ::open("/dev/null", O_RDWR);
-    if (null >= 0) {
-        ::dup2(null, STDIN_FILENO);
-        ::dup2(null, STDOUT_FILENO);
-        ::dup2(null, STDERR_FILENO);
-        if (null > STDERR_FILENO) {
-            ::close(null);
+
+    QElapsedTimer waited;
+    waited.start();
+    int status = 0;
+    while (daemon > 0 && !readiness.ready) {
+        if (::waitpid(daemon, &status, WNOHANG) == daemon) {
+            daemon = -1;
+            break;
+        }
+        if (waited.elapsed() > daemonStartTimeout) {
+            ::kill(daemon, SIGKILL);
+            ::waitpid(daemon, &status, 0);
+            daemon = -1;
+            readiness.status
+                = QStringLiteral("No answer within %1 s.").arg(daemonStartTimeout / 1000);
+            break;
+        }
+        pollfd wait = {socket, POLLIN, 0};
+        if (::poll(&wait, 1, 100) > 0) {
+            readiness.read(socket);
         }
     }
+    if (socket >= 0) {
+        ::close(socket);
+    }
+    if (readiness.ready) {
+        return 0;
+    }
+    std::printf("The service %s could not start\n", local(name).constData());
+    std::fflush(stdout);
+    if (!readiness.status.isEmpty()) {
+        std::fprintf(stderr, "%s\n", local(readiness.status).constData());
+    }
+    return 1;
 }
 
 } // namespace business

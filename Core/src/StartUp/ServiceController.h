@@ -18,8 +18,9 @@ namespace business {
  *     app                start (as a daemon, or under systemd as the service itself)
  *     app -e             run in the foreground
  *
- * The unit goes to /etc/systemd/system as root, else ~/.config/systemd/user, or to the folder
- * in CORVANE_SYSTEMD_UNIT_DIR. Actions exit with 0 on success and 1 on failure.
+ * "-C file" before the switch selects the configuration for every action; "-i" writes it into
+ * the unit. The unit goes to /etc/systemd/system as root, else ~/.config/systemd/user, or to the
+ * folder in CORVANE_SYSTEMD_UNIT_DIR. Actions exit with 0 on success and 1 on failure.
  */
 class CORE_EXPORT ServiceController
 {
@@ -30,20 +31,29 @@ public:
     /// Whether this process is to run the service (no argument, or "-e").
     bool runsService() const;
     bool inForeground() const;
+    /// Whether the service runs in this process: in the foreground, or started by systemd (or
+    /// by startDaemon()), which then hears of its readiness.
+    bool runsHere() const;
     /// Performs a control action; the exit code.
     int runAction();
-    /// Without systemd, lets the process go on as a detached daemon; the starting process
-    /// exits inside, with 0 once the service answers, else with 1.
-    void daemonizeUnlessUnderSystemd();
+    /// Starts this executable again as a detached daemon and waits until it is ready (0) or has
+    /// failed (1, with "The service %s could not start"). The daemon is a fresh process, not a
+    /// fork: nothing of this one's threads or libraries' state crosses over.
+    int startDaemon();
 
+    /// Whether the name can name a service (at most 255 characters, no backslash); warns when
+    /// it cannot.
+    bool validName() const;
     QString serviceName() const;
     QString controlSocket() const;
     QString unitFile() const;
+    /// WatchdogSec= of the unit that "-i" writes; 0 for none.
+    void setWatchdogSeconds(int seconds);
 
     static QString usage(const QString& program);
 
 private:
-    bool validName() const;
+    QString action() const;
     int install();
     int uninstall();
     int version();
@@ -51,10 +61,13 @@ private:
     bool isInstalled() const;
     bool isRunning() const;
     void reloadSystemd() const;
+    QString execStart() const;
 
     QStringList arguments;
+    QString configuration; // the value of a leading "-C", as given
     QString name;
     QString description;
+    int watchdogSeconds = 0;
 };
 
 } // namespace business

@@ -21,6 +21,7 @@ private:
     {
         int exitCode = -1;
         QString out;
+        QString err;
         QString log;
     };
     Run run(const QStringList& arguments, const QProcessEnvironment& environment = {});
@@ -61,6 +62,7 @@ tst_Demo::Run tst_Demo::run(const QStringList& arguments, const QProcessEnvironm
         result.exitCode = demo.exitCode();
     }
     result.out = QString::fromUtf8(demo.readAllStandardOutput());
+    result.err = QString::fromLocal8Bit(demo.readAllStandardError());
     result.log = QString::fromUtf8(readFile(path("logs/corvane-demo.log")));
     return result;
 }
@@ -83,13 +85,16 @@ void tst_Demo::console()
         result.log.contains("----------------end of log file----------------------------------"));
     QVERIFY(result.log.contains(QRegularExpression("init: Plugin ReportPlugin loaded in \\d+ ms, "
                                                    "initialized in \\d+ ms")));
-    QVERIFY(result.log.contains("deinitPlugin: Plugin ReportPlugin deinitialized."));
+    QVERIFY(result.log.contains(
+        QRegularExpression(R"(deinitPlugin: Plugin "?ReportPlugin"? deinitialized\.)")));
     QVERIFY(result.log.contains("\"returnValue: 0\""));
 }
 
 void tst_Demo::failures_data()
 {
-    QTest::addColumn<QString>("change"); // what is done to the copied application
+    // What is done to the copied application: "remove <file>", "write <file> <content>" or
+    // "nest <file> <depth>" (a configuration of elements nested that deep).
+    QTest::addColumn<QString>("change");
     QTest::addColumn<int>("exitCode");
     QTest::addColumn<QString>("out"); // a regular expression for standard output
     QTest::addColumn<QString>("logged"); // text the log must contain, empty: no log expected
@@ -102,6 +107,9 @@ void tst_Demo::failures_data()
         << "write corvane-demo.xml <config><plugins>" << 1
         << "^Error: Config file '.*' is not an XML Document\\. Error '.*' detect at line 1, column "
            "\\d+\\.$"
+        << "";
+    QTest::newRow("nested 25,000 levels deep") // refused before it is parsed into a tree
+        << "nest corvane-demo.xml 25000" << 1 << "^Error: "
         << "";
     QTest::newRow("no application type")
         << "write corvane-demo.xml <config><information/></config>" << 1 << "^$"
@@ -123,13 +131,20 @@ void tst_Demo::failures()
     const QString target = change.section(' ', 1, 1);
     if (change.startsWith("remove")) {
         QVERIFY(QFile::remove(path(target)));
+    } else if (change.startsWith("nest")) {
+        const int depth = change.section(' ', 2).toInt();
+        writeFile(path(target),
+                  "<config>" + QByteArray("<n>").repeated(depth)
+                      + QByteArray("</n>").repeated(depth) + "</config>");
     } else {
         writeFile(path(target), change.section(' ', 2).toUtf8());
     }
 
     const Run result = run({});
     QCOMPARE(result.exitCode, exitCode);
-    QVERIFY2(QRegularExpression(out).match(result.out).hasMatch(), qPrintable(result.out));
+    QVERIFY2(
+        QRegularExpression(out).match(result.out).hasMatch(),
+        qPrintable("standard output: " + result.out + "\nstandard error: " + result.err.left(500)));
     if (logged.isEmpty()) {
         QVERIFY(!QFile::exists(path("logs/corvane-demo.log")));
     } else {
@@ -159,7 +174,8 @@ void tst_Demo::gui()
     QCOMPARE(result.exitCode, 0);
     QVERIFY(result.log.contains("Start GUI application."));
     QVERIFY(result.log.contains("initialize: inventory window shown"));
-    QVERIFY(result.log.contains("deinitPlugin: Plugin WindowPlugin deinitialized."));
+    QVERIFY(result.log.contains(
+        QRegularExpression(R"(deinitPlugin: Plugin "?WindowPlugin"? deinitialized\.)")));
     QVERIFY(result.log.contains("heartbeat 1")); // 100 ms beats while the window is open
     QVERIFY(result.log.contains(QRegularExpression("deinitialize: \\d+ heartbeats")));
 }

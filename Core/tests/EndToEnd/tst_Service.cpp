@@ -1,8 +1,14 @@
+#include "Processes.h"
 #include "TestFiles.h"
 
 #include <QtTest>
 
-#include <csignal>
+#include <signal.h>
+
+namespace {
+const QRegularExpression
+    heartbeatDeinitialized(R"(deinitPlugin: Plugin "?HeartbeatPlugin"? deinitialized\.)");
+} // namespace
 
 // The demo's service executable, copied into a temporary folder with a service name of its
 // own and a unit folder of its own (CORVANE_SYSTEMD_UNIT_DIR).
@@ -12,6 +18,7 @@ class tst_Service : public QObject
 
 private slots:
     void initTestCase();
+    void cleanupTestCase();
     void cleanup();
 
     void usage_data();
@@ -20,6 +27,10 @@ private slots:
     void refusedNames_data();
     void refusedNames();
     void sigtermEndsAForegroundRun();
+    void stoppedDaemonIsGone_data();
+    void stoppedDaemonIsGone();
+    void daemonThatCannotStartIsReported();
+    void sighupKeepsTheFileLog();
 
 private:
     struct Run
@@ -28,13 +39,13 @@ private:
         QString out;
         QString err;
     };
-    Run run(const QStringList& arguments, const QString& program = {});
+    Run run(const QStringList& arguments, int timeoutMs = 120000);
     QString path(const QString& name) const { return folder.filePath(name); }
     QString log() const
     {
         return QString::fromUtf8(readFile(folder.filePath("logs/corvane-demo-service.log")));
     }
-    void writeConfiguration(const QString& serviceName);
+    void writeConfiguration(const QString& serviceName, const QString& plugins = {});
 
     QTemporaryDir folder;
     QString name;
@@ -42,6 +53,7 @@ private:
 
 void tst_Service::initTestCase()
 {
+    QVERIFY(adoptOrphans()); // the daemons, so that their end can be seen
     QVERIFY(folder.isValid());
     const QDir demo(QStringLiteral(DEMO_FOLDER));
     for (const QString& file : {"corvane-demo-service", "libInventory.so", "libHeartbeat.so",
@@ -52,34 +64,52 @@ void tst_Service::initTestCase()
     writeConfiguration(name);
 }
 
-void tst_Service::writeConfiguration(const QString& serviceName)
+void tst_Service::writeConfiguration(const QString& serviceName, const QString& plugins)
 {
     QString xml = QStringLiteral(
         "<config><information><applicationname>%1</applicationname>"
-        "<applicationtype>SERVICE</applicationtype></information><plugins>"
-        "<plugin><library>Inventory</library></plugin><plugin><library>Heartbeat</library>"
-        "<configuration><intervalMs>100</intervalMs></configuration></plugin>"
-        "</plugins></config>");
-    writeFile(path("corvane-demo-service.xml"), xml.arg(serviceName.toHtmlEscaped()).toUtf8());
+        "<applicationtype>SERVICE</applicationtype></information><plugins>%2</plugins></config>");
+    writeFile(path("corvane-demo-service.xml"),
+              xml.arg(serviceName.toHtmlEscaped(),
+                      plugins.isEmpty() ? "<plugin><library>Inventory</library></plugin>"
+                                          "<plugin><library>Heartbeat</library><configuration>"
+                                          "<intervalMs>100</intervalMs></configuration></plugin>"
+                                        : plugins)
+                  .toUtf8());
+}
+
+// Whatever of this folder's executable still runs was started here.
+void tst_Service::cleanupTestCase()
+{
+    QVERIFY(killProcessesOf(path("corvane-demo-service")));
 }
 
 void tst_Service::cleanup()
 {
-    run({"-t"}); // whatever a failed test left running
+    run({"-t"}, 30000); // whatever a failed test left running, then whatever did not stop
+    QVERIFY(killProcessesOf(path("corvane-demo-service")));
     writeConfiguration(name);
+    QFile::remove(path("corvane-demo-service.properties"));
+    QVERIFY(
+        QFile::copy(QDir(QStringLiteral(DEMO_FOLDER)).filePath("corvane-demo-service.properties"),
+                    path("corvane-demo-service.properties")));
 }
 
-tst_Service::Run tst_Service::run(const QStringList& arguments, const QString& program)
+tst_Service::Run tst_Service::run(const QStringList& arguments, int timeoutMs)
 {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("CORVANE_SYSTEMD_UNIT_DIR", path("units"));
+    environment.remove("QT_MESSAGE_PATTERN"); // Qt's default handler writes the bare text
+    // Without systemd's socket the service starts as a daemon of its own.
+    environment.remove("NOTIFY_SOCKET");
     process.setProcessEnvironment(environment);
-    process.start(program.isEmpty() ? path("corvane-demo-service") : program, arguments);
+    process.start(path("corvane-demo-service"), arguments);
     Run result;
-    if (!process.waitForFinished(120000)) {
+    if (!process.waitForFinished(timeoutMs)) {
         process.kill();
         process.waitForFinished();
+        result.out = QStringLiteral("<still running after %1 ms>").arg(timeoutMs);
         return result;
     }
     result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
@@ -158,8 +188,7 @@ void tst_Service::lifecycle()
     QVERIFY(log().contains("heartbeat resumed"));
 
     QCOMPARE(run({"-t"}).exitCode, 0);
-    QTRY_VERIFY_WITH_TIMEOUT(log().contains("deinitPlugin: Plugin HeartbeatPlugin deinitialized."),
-                             30000);
+    QTRY_VERIFY_WITH_TIMEOUT(log().contains(heartbeatDeinitialized), 30000);
     QTRY_VERIFY_WITH_TIMEOUT(run({"-v"}).out.endsWith("is installedand not running\n\n"), 30000);
 
     result = run({"-t"});
@@ -177,23 +206,44 @@ void tst_Service::lifecycle()
 
 void tst_Service::refusedNames_data()
 {
+    QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("serviceName");
     QTest::addColumn<QString>("warning");
-    const QString longName(256, QLatin1Char('n'));
-    QTest::newRow("256 characters")
-        << longName << "ServiceController: '" + longName + "' is longer than 255 characters.\n";
-    QTest::newRow("backslash") << "a\\b"
-                               << "ServiceController: 'a\\b' contains backslashes '\\'.\n";
+    for (const QStringList& arguments : {QStringList {"-i"}, {"-t"}, {"-e"}, {}}) {
+        const QByteArray action = arguments.isEmpty() ? "no argument" : arguments[0].toLatin1();
+        QTest::addRow("%s, 256 characters", action.data())
+            << arguments << QString(256, QLatin1Char('n'))
+            << "ServiceController: 'name' is longer than 255 characters.";
+        QTest::addRow("%s, backslash", action.data())
+            << arguments << "a\\b"
+            << "ServiceController: 'name' contains backslashes '\\'.";
+    }
 }
 
 void tst_Service::refusedNames()
 {
+    QFETCH(QStringList, arguments);
     QFETCH(QString, serviceName);
     QFETCH(QString, warning);
     writeConfiguration(serviceName);
-    const Run result = run({"-i"});
+    const QList<qint64> before = processesOf(path("corvane-demo-service"));
+    const auto started = [&] {
+        QList<qint64> pids = processesOf(path("corvane-demo-service"));
+        for (qint64 pid : before) {
+            pids.removeAll(pid);
+        }
+        return pids;
+    };
+    const Run result = run(arguments, 30000);
+    static_cast<void>(QTest::qWaitFor([&] { return started().isEmpty(); }, 5000));
+    const QList<qint64> left = started();
+    for (qint64 pid : left) {
+        ::kill(pid_t(pid), SIGKILL);
+    }
+    QVERIFY(QTest::qWaitFor([&] { return started().isEmpty(); }, 10000));
+    QVERIFY2(left.isEmpty(), "a process of the service was left running");
     QCOMPARE(result.exitCode, 1);
-    QVERIFY2(result.err.contains(warning), qPrintable(result.err));
+    QVERIFY2(result.err.split('\n').contains(warning), qPrintable(result.err));
     QCOMPARE(result.out, QString());
 }
 
@@ -204,12 +254,83 @@ void tst_Service::sigtermEndsAForegroundRun()
     QTRY_VERIFY_WITH_TIMEOUT(log().count("slotStart: service started") >= 1
                                  && run({"-v"}).out.contains("and running"),
                              30000);
-    const int deinitializedBefore = log().count("Plugin HeartbeatPlugin deinitialized.");
+    const int deinitializedBefore = log().count(heartbeatDeinitialized);
     foreground.terminate(); // SIGTERM, as systemd sends it
     QVERIFY(foreground.waitForFinished(60000));
     QCOMPARE(foreground.exitStatus(), QProcess::NormalExit);
     QCOMPARE(foreground.exitCode(), 0);
-    QCOMPARE(log().count("Plugin HeartbeatPlugin deinitialized."), deinitializedBefore + 1);
+    QCOMPARE(log().count(heartbeatDeinitialized), deinitializedBefore + 1);
+}
+
+void tst_Service::stoppedDaemonIsGone_data()
+{
+    QTest::addColumn<int>("signal"); // 0: stopped with "-t"
+    QTest::newRow("-t") << 0;
+    QTest::newRow("SIGTERM") << int(SIGTERM);
+    QTest::newRow("SIGINT") << int(SIGINT);
+}
+
+void tst_Service::stoppedDaemonIsGone()
+{
+    QFETCH(int, signal);
+    const int startedBefore = log().count("heartbeat 1\n");
+    const int deinitializedBefore = log().count(heartbeatDeinitialized);
+    QCOMPARE(run({}).exitCode, 0);
+    QList<qint64> daemons;
+    QVERIFY(waitFor(
+        [&] { return (daemons = processesOf(path("corvane-demo-service"))).size() == 1; }, 10000));
+    QTRY_VERIFY_WITH_TIMEOUT(log().count("heartbeat 1\n") > startedBefore, 30000);
+
+    if (signal == 0) {
+        QCOMPARE(run({"-t"}).exitCode, 0);
+    } else {
+        QCOMPARE(::kill(pid_t(daemons.first()), signal), 0);
+    }
+    QTRY_VERIFY_WITH_TIMEOUT(log().count(heartbeatDeinitialized) > deinitializedBefore, 30000);
+    QVERIFY2(waitUntilGone(daemons.first(), 5000), "the stopped daemon is still running");
+}
+
+void tst_Service::daemonThatCannotStartIsReported()
+{
+    writeConfiguration(name, "<plugin><library>Missing</library></plugin>");
+    const Run result = run({}, 10000);
+    QCOMPARE(result.out, "The service " + name + " could not start\n");
+    QCOMPARE(result.exitCode, 1);
+    for (const qint64 pid : processesOf(path("corvane-demo-service"))) {
+        QVERIFY2(waitUntilGone(pid, 5000), "the daemon that could not start is still running");
+    }
+}
+
+void tst_Service::sighupKeepsTheFileLog()
+{
+    // A plain file appender without "Append=true": log4cplus opens it truncating by default.
+    writeFile(path("corvane-demo-service.properties"),
+              "log4cplus.rootLogger=INFO, FILE\n"
+              "log4cplus.appender.FILE=log4cplus::FileAppender\n"
+              "log4cplus.appender.FILE.File=logs/corvane-demo-service.log\n"
+              "log4cplus.appender.FILE.layout=log4cplus::PatternLayout\n"
+              "log4cplus.appender.FILE.layout.ConversionPattern=%m%n\n");
+    QFile::remove(path("logs/corvane-demo-service.log"));
+    QProcess foreground;
+    foreground.start(path("corvane-demo-service"), {"-e"});
+    QTRY_VERIFY_WITH_TIMEOUT(log().contains("heartbeat 3\n"), 30000);
+    const QString before = log();
+
+    const int beats = before.count(QRegularExpression("heartbeat \\d+\n"));
+    QCOMPARE(::kill(pid_t(foreground.processId()), SIGHUP), 0);
+    // Re-read: logging starts again with its first line, or the file was cut; two seconds of
+    // beats later at the most.
+    QTRY_VERIFY_WITH_TIMEOUT(
+        log().count("start of log file") > 1 || !log().startsWith(before)
+            || log().contains(QStringLiteral("heartbeat %1\n").arg(beats + 20)),
+        30000);
+    QVERIFY2(log().startsWith(before), qPrintable(log().left(2000)));
+    QTRY_VERIFY_WITH_TIMEOUT(log().contains(QStringLiteral("heartbeat %1\n").arg(beats + 25)),
+                             30000);
+
+    foreground.terminate();
+    QVERIFY(foreground.waitForFinished(30000));
+    QCOMPARE(foreground.exitCode(), 0);
 }
 
 QTEST_MAIN(tst_Service)

@@ -91,13 +91,15 @@ void tst_ApplicationStartupHandler::secondInstanceIsTurnedAway()
     QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
     QString title;
     QString text;
-    QTimer::singleShot(0, [&] {
+    QTimer closer; // events run while the request is handed over, before any box is shown
+    QObject::connect(&closer, &QTimer::timeout, [&] {
         if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
             title = box->windowTitle();
             text = box->text();
             box->accept();
         }
     });
+    closer.start(10);
     QCOMPARE(handler->getSingleGuiApplicationGuardExitCode(*application, id, notification), -1);
     QLocale::setDefault(QLocale::c());
     QTRY_COMPARE(raised.count(), 1); // the running instance got "raise"

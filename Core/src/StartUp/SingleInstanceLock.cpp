@@ -1,0 +1,64 @@
+#include "StartUp/SingleInstanceLock.h"
+
+#include <QFile>
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace corvane {
+namespace base {
+namespace business {
+namespace internal {
+
+SingleInstanceLock::SingleInstanceLock(QString path) : filePath(std::move(path)) { }
+
+SingleInstanceLock::~SingleInstanceLock()
+{
+    if (descriptor >= 0) {
+        ::close(descriptor); // gives the lock back
+    }
+}
+
+// The descriptor is closed on exec, so that no program this one starts keeps the lock.
+SingleInstanceLock::Result SingleInstanceLock::tryLock()
+{
+    if (descriptor < 0) {
+        descriptor
+            = ::open(QFile::encodeName(filePath).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+        if (descriptor < 0) {
+            error = QString::fromLocal8Bit(std::strerror(errno));
+            return Failed;
+        }
+    }
+    if (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
+        if (errno == EWOULDBLOCK || errno == EINTR) {
+            return HeldByAnother;
+        }
+        error = QString::fromLocal8Bit(std::strerror(errno));
+        return Failed;
+    }
+    // The process id is only there for people to read; the lock holds without it.
+    const QByteArray pid = QByteArray::number(qint64(::getpid())) + '\n';
+    if (::ftruncate(descriptor, 0) == 0) {
+        static_cast<void>(::pwrite(descriptor, pid.constData(), size_t(pid.size()), 0));
+    }
+    return Taken;
+}
+
+QString SingleInstanceLock::errorString() const
+{
+    return error;
+}
+
+QString SingleInstanceLock::path() const
+{
+    return filePath;
+}
+
+} // namespace internal
+} // namespace business
+} // namespace base
+} // namespace corvane

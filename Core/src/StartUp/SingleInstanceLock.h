@@ -1,0 +1,44 @@
+#pragma once
+
+#include "CoreExport.h"
+
+#include <QString>
+
+namespace corvane {
+namespace base {
+namespace business {
+namespace internal {
+
+/**
+ * The lock that makes one instance the first: an advisory lock (flock) on a file, which the
+ * system gives back when its holder ends in any way, a crash or SIGKILL too. So a lock file is
+ * never stale, whatever it holds; the holder writes its process id into it for people to read.
+ * The file stays when the lock is given back: removing it could let two instances lock two
+ * different files of the same name.
+ */
+class CORE_EXPORT SingleInstanceLock
+{
+public:
+    enum Result { Taken, HeldByAnother, Failed };
+
+    explicit SingleInstanceLock(QString path);
+    ~SingleInstanceLock();
+
+    /// Takes the lock if nobody holds it, without waiting.
+    Result tryLock();
+    /// Why the last tryLock() failed.
+    QString errorString() const;
+    QString path() const;
+
+private:
+    Q_DISABLE_COPY(SingleInstanceLock)
+
+    QString filePath;
+    QString error;
+    int descriptor = -1;
+};
+
+} // namespace internal
+} // namespace business
+} // namespace base
+} // namespace corvane
