@@ -146,6 +146,39 @@ QString PluginManager::startFailure() const
     return failedStart;
 }
 
+PluginManager::PluginDetails PluginManager::getPluginDetails(const QString& pluginName)
+{
+    QPluginLoader* loader = loaderOf(pluginName);
+    if (loader == nullptr) {
+        fail("getPluginDetails", QStringLiteral("Plugin not loaded: ") + pluginName);
+    }
+    IPlugin* plugin = pluginOf("getPluginDetails", pluginName, loader);
+    PluginDetails details;
+    details.name = pluginName;
+    plugin->getVersion(details.version);
+    plugin->getDescription(details.description);
+    plugin->getProvidedTasks(details.tasks);
+    plugin->getProvidedServices(details.providedServices);
+    plugin->getRequiredServices(details.requiredServices);
+    plugin->getOptionalRequiredServices(details.optionalRequiredServices);
+    details.initialized = isInitialized(pluginName);
+    const int position = ordering.order.indexOf(pluginName);
+    details.pass = position >= 0 ? ordering.passes.value(position) : 0;
+    details.loadMilliseconds = loadTimes.value(pluginName);
+    details.initializeMilliseconds = initializeTimes.value(pluginName);
+    return details;
+}
+
+QList<PluginOrder::Plugin> PluginManager::getOrderingInput() const
+{
+    return orderingInput;
+}
+
+PluginOrder::Result PluginManager::getOrdering() const
+{
+    return ordering;
+}
+
 void PluginManager::loadPlugins()
 {
     for (const entities::PluginConfiguration& configuration : qAsConst(pluginConfigurations)) {
@@ -207,7 +240,7 @@ void PluginManager::loadPlugin(const QString& aPluginFileName)
     qInfo().nospace() << "loadPlugin: Plugin loaded: " << name << " (" << version << ")";
     plugins.append({name, loader.release()});
     loadedFiles.insert(aPluginFileName, name);
-    loadMilliseconds.insert(name, timer.elapsed());
+    loadTimes.insert(name, timer.elapsed());
     emit signalPluginLoaded(name);
 }
 
@@ -243,8 +276,9 @@ void PluginManager::orderPlugins()
         records.append(record);
     }
 
-    const PluginOrder::Result result
-        = PluginOrder::order(records, logging::isMessageEnabled(QtDebugMsg, __FILE__));
+    orderingInput = records;
+    ordering = PluginOrder::order(records, logging::isMessageEnabled(QtDebugMsg, __FILE__));
+    const PluginOrder::Result& result = ordering;
     for (const auto& event : result.events) {
         const QString& name = event.second.first;
         switch (event.first) {
@@ -287,10 +321,7 @@ void PluginManager::initPlugins()
     for (const LoadedPlugin& loaded : qAsConst(plugins)) {
         if (basePlugins.contains(loaded.first)) {
             qInfo() << "initPlugins: Plugin init started:" << loaded.first;
-            QElapsedTimer timer;
-            timer.start();
             initPlugin(loaded.second);
-            initializeMilliseconds.insert(loaded.first, timer.elapsed());
         } else {
             qInfo() << "initPlugins: Plugin init NOT started:" << loaded.first;
         }
@@ -315,8 +346,11 @@ void PluginManager::initPlugin(QPluginLoader* aPluginLoader)
         qInfo() << "initPlugin: Plugin already initialized:" << name;
         return;
     }
+    QElapsedTimer timer;
+    timer.start();
     try {
         plugin->initialize();
+        initializeTimes.insert(name, timer.elapsed());
     } catch (const exceptions::BaseException& e) {
         qCritical() << "initPlugin: Failed to initialize plugin:" << name;
         fail("initPlugin",
@@ -597,8 +631,8 @@ void PluginManager::logStartUpTimes() const
 {
     qint64 total = 0;
     for (const LoadedPlugin& loaded : plugins) {
-        const qint64 load = loadMilliseconds.value(loaded.first);
-        const qint64 init = initializeMilliseconds.value(loaded.first);
+        const qint64 load = loadTimes.value(loaded.first);
+        const qint64 init = initializeTimes.value(loaded.first);
         total += load + init;
         qDebug().noquote() << QStringLiteral(
                                   "init: Plugin %1 loaded in %2 ms, initialized in %3 ms")

@@ -2,6 +2,7 @@
 
 #include "Configuration/PluginConfiguration.h"
 #include "Interfaces/IPluginManager.h"
+#include "Plugins/PluginOrder.h"
 
 #include <QHash>
 #include <QList>
@@ -75,6 +76,29 @@ public:
     /// Why the last start (slotInitialize) failed; empty when it did not.
     QString startFailure() const;
 
+    /// What the manager knows of a loaded plug-in, for tools and views.
+    struct PluginDetails
+    {
+        QString name;
+        QString version;
+        QString description;
+        QStringList tasks;
+        QStringList providedServices;
+        QStringList requiredServices;
+        QStringList optionalRequiredServices;
+        bool initialized = false;
+        /// The ordering pass that placed it (from 1); 0 when it was not ordered.
+        int pass = 0;
+        qint64 loadMilliseconds = 0;
+        qint64 initializeMilliseconds = 0; // its last initialize()
+    };
+    /// Throws the manager's exception ("Plugin not loaded: " + name) for an unknown name.
+    PluginDetails getPluginDetails(const QString& pluginName);
+    /// The plug-ins and services the last orderPlugins() went by, and what came of it, also
+    /// when it failed.
+    QList<PluginOrder::Plugin> getOrderingInput() const;
+    PluginOrder::Result getOrdering() const;
+
 signals:
     void signalInitialize();
     /// The start moves on: "Loading plug-ins", then "Starting plug-ins".
@@ -105,8 +129,10 @@ private:
     QHash<QString, QString> loadedFiles; // file name as given -> plug-in name
     QHash<QString, QStringList> tasks;
     QStringList initializedPlugins;
-    QHash<QString, qint64> loadMilliseconds;
-    QHash<QString, qint64> initializeMilliseconds;
+    QHash<QString, qint64> loadTimes;       // milliseconds
+    QHash<QString, qint64> initializeTimes; // milliseconds
+    QList<PluginOrder::Plugin> orderingInput;
+    PluginOrder::Result ordering;
     QString failedStart;
 };
 

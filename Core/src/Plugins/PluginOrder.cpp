@@ -133,6 +133,7 @@ PluginOrder::Result PluginOrder::order(const QList<Plugin>& plugins, bool withWa
 
     int cursor = -1;
     int unordered = count;
+    int pass = 1;
     bool orderedInPass = false;
     while (unordered > 0) {
         const auto next = ready.upper_bound(cursor);
@@ -142,6 +143,7 @@ PluginOrder::Result PluginOrder::order(const QList<Plugin>& plugins, bool withWa
                 break;
             }
             cursor = -1;
+            ++pass;
             orderedInPass = false;
             continue;
         }
@@ -149,6 +151,7 @@ PluginOrder::Result PluginOrder::order(const QList<Plugin>& plugins, bool withWa
         cursor = *next;
         ready.erase(next);
         orderPlugin(byName[cursor]);
+        result.passes.append(pass);
         --unordered;
         orderedInPass = true;
     }

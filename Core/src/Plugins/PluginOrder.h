@@ -35,6 +35,8 @@ public:
     struct Result
     {
         QStringList order;
+        /// The pass (from 1) in which each plug-in of order was ordered.
+        QList<int> passes;
         /// Plug-ins that could not be ordered, in name order.
         QStringList leftOver;
         /// What happened, in order: (event, plug-in name, service or empty). Optional services

@@ -20,6 +20,7 @@ namespace {
 struct Passes
 {
     QStringList order;
+    QList<int> passes; // of each plug-in of order, counted from 1
     QStringList leftOver;
     QStringList events; // "dropped <plug-in> <service>", "not <plug-in>", "ordered <plug-in>"
 };
@@ -45,7 +46,7 @@ Passes orderByPasses(QList<Plugin> plugins)
 
     QStringList available;
     bool orderedInPass = true;
-    while (orderedInPass && !plugins.isEmpty()) {
+    for (int pass = 1; orderedInPass && !plugins.isEmpty(); ++pass) {
         orderedInPass = false;
         for (int i = 0; i < plugins.size();) {
             const Plugin plugin = plugins.at(i);
@@ -68,6 +69,7 @@ Passes orderByPasses(QList<Plugin> plugins)
             }
             available << plugin.provided;
             result.order << plugin.name;
+            result.passes << pass;
             result.events << "ordered " + plugin.name;
             plugins.removeAt(i);
             orderedInPass = true;
@@ -198,8 +200,11 @@ void tst_PluginOrder::examples()
     QCOMPARE(expected.events, events);
     const PluginOrder::Result result = PluginOrder::order(plugins);
     QCOMPARE(result.order, order);
+    QCOMPARE(result.passes, expected.passes);
     QCOMPARE(result.leftOver, leftOver);
     QCOMPARE(eventsOf(result).join(", "), events.join(", "));
+    QCOMPARE(eventsOf(PluginOrder::order(plugins, false)),
+             events.filter(QRegularExpression("^(dropped|ordered) ")));
 }
 
 void tst_PluginOrder::randomGraphsAgreeWithThePasses()
@@ -210,8 +215,8 @@ void tst_PluginOrder::randomGraphsAgreeWithThePasses()
         const PluginOrder::Result result = PluginOrder::order(plugins);
         const Passes expected = orderByPasses(plugins);
         const QStringList events = eventsOf(result);
-        QVERIFY2(result.order == expected.order && result.leftOver == expected.leftOver
-                     && events == expected.events,
+        QVERIFY2(result.order == expected.order && result.passes == expected.passes
+                     && result.leftOver == expected.leftOver && events == expected.events,
                  qPrintable(QStringLiteral("graph %1: %2 / %3 / %4\ninstead of %5 / %6 / %7")
                                 .arg(graph)
                                 .arg(result.order.join(','), result.leftOver.join(','),
