@@ -171,8 +171,7 @@ int main(int argc, char** argv)
     const double small = reporter.nanosecondsOf("BM_ApplyFilter/10000") / 10000;
     const double large = reporter.nanosecondsOf("BM_ApplyFilter/1000000") / 1000000;
     if (small > 0 && large > 0) {
-        std::printf("RATIO per entity at 1,000,000 / at 10,000 = %.2f (goal: at most 1.50, %s)\n",
-                    large / small, large / small <= 1.5 ? "met" : "MISSED");
+        RatioReporter::printRatio("per entity at 1,000,000 / at 10,000", large / small, 1.5);
     }
     benchmark::Shutdown();
     return 0;

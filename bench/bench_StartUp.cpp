@@ -1,6 +1,7 @@
 // What a plug-in adds to the start-up of an application: the demo executable run with 50
 // generated plug-in libraries against the same executable with none (only the plug-in that
-// ends the run), from start to exit.
+// ends the run), from start to exit; and the same against its floor, a bare program that only
+// loads the same libraries with QPluginLoader and makes their root objects.
 
 #include "RatioReporter.h"
 
@@ -50,47 +51,82 @@ QTemporaryDir& application()
     return folder;
 }
 
-void runDemo(benchmark::State& state, const char* configuration)
+void runProcess(benchmark::State& state, const QString& program, const QStringList& arguments)
 {
-    const QString program = application().filePath("corvane-demo");
     for (auto _ : state) {
         QElapsedTimer timer;
         timer.start();
-        QProcess demo;
-        demo.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        demo.start(program, {"-C", QString::fromLatin1(configuration)});
-        if (!demo.waitForFinished(60000) || demo.exitCode() != 0) {
-            state.SkipWithError("the demo did not run through");
+        QProcess process;
+        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process.start(program, arguments);
+        if (!process.waitForFinished(60000) || process.exitCode() != 0) {
+            state.SkipWithError("the program did not run through");
             break;
         }
         state.SetIterationTime(double(timer.nsecsElapsed()) / 1e9);
     }
 }
 
+QStringList libraries(int count)
+{
+    QStringList files;
+    for (int i = 0; i < count; ++i) {
+        files << application().filePath(
+            QStringLiteral("libBench%1.so").arg(i, 2, 10, QLatin1Char('0')));
+    }
+    return files;
+}
+
 void BM_StartUpWithoutPlugins(benchmark::State& state)
 {
-    runDemo(state, "none.xml");
+    runProcess(state, application().filePath("corvane-demo"), {"-C", "none.xml"});
 }
-BENCHMARK(BM_StartUpWithoutPlugins)->UseManualTime()->Iterations(20)->Unit(benchmark::kMillisecond);
 
 void BM_StartUpWith50Plugins(benchmark::State& state)
 {
-    runDemo(state, "fifty.xml");
+    runProcess(state, application().filePath("corvane-demo"), {"-C", "fifty.xml"});
 }
-BENCHMARK(BM_StartUpWith50Plugins)->UseManualTime()->Iterations(20)->Unit(benchmark::kMillisecond);
+
+void BM_BareLoadOfNone(benchmark::State& state)
+{
+    runProcess(state, QStringLiteral(BARE_LOADER), {});
+}
+
+void BM_BareLoadOf50(benchmark::State& state)
+{
+    runProcess(state, QStringLiteral(BARE_LOADER), libraries(generatedPlugins));
+}
+
+// Interleaved, so that a busy moment of the machine falls on all of them alike.
+void registerRuns()
+{
+    for (auto* run :
+         {benchmark::RegisterBenchmark("BM_StartUpWithoutPlugins", BM_StartUpWithoutPlugins),
+          benchmark::RegisterBenchmark("BM_BareLoadOfNone", BM_BareLoadOfNone),
+          benchmark::RegisterBenchmark("BM_StartUpWith50Plugins", BM_StartUpWith50Plugins),
+          benchmark::RegisterBenchmark("BM_BareLoadOf50", BM_BareLoadOf50)}) {
+        run->UseManualTime()->Iterations(10)->Repetitions(5)->Unit(benchmark::kMillisecond);
+    }
+}
 
 } // namespace
 
 int main(int argc, char** argv)
 {
+    registerRuns();
     benchmark::Initialize(&argc, argv);
     RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    const double added = reporter.nanosecondsOf("BM_StartUpWith50Plugins/iterations:20/manual_time")
-        - reporter.nanosecondsOf("BM_StartUpWithoutPlugins/iterations:20/manual_time");
-    if (added > 0) {
-        std::printf("ADDED per plug-in (load + initialize): %.2f ms\n",
-                    added / generatedPlugins / 1e6);
+    const auto time = [&](const char* name) {
+        return reporter.nanosecondsOf(std::string(name) + "/iterations:10/repeats:5/manual_time");
+    };
+    const double framework = time("BM_StartUpWith50Plugins") - time("BM_StartUpWithoutPlugins");
+    const double bare = time("BM_BareLoadOf50") - time("BM_BareLoadOfNone");
+    if (framework > 0 && bare > 0) {
+        std::printf("PER PLUG-IN: framework %.3f ms, bare QPluginLoader %.3f ms\n",
+                    framework / generatedPlugins / 1e6, bare / generatedPlugins / 1e6);
+        RatioReporter::printRatio("start-up per plug-in / bare QPluginLoader load and instance",
+                                  framework / bare, 1.3);
     }
     benchmark::Shutdown();
     return 0;

@@ -33,5 +33,9 @@ CORE_EXPORT void log4cxxMessageHandler(QtMsgType type, const QMessageLogContext&
 /// would drop it.
 CORE_EXPORT bool isMessageEnabled(QtMsgType type, const char* file);
 
+/// Tells the handler that a library was unloaded, so that it no longer trusts the addresses of
+/// the texts that name the places writing messages. The plug-in manager calls it.
+CORE_EXPORT void forgetMessagePlaces();
+
 } // namespace logging
 } // namespace corvane

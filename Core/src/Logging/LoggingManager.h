@@ -5,6 +5,8 @@
 #include <QHash>
 #include <QString>
 
+#include <array>
+
 namespace log4cplus {
 namespace helpers {
 class Properties;
@@ -23,7 +25,7 @@ namespace business {
  * Logger names: a source is used as it stands; a sender gives its class name with "::"
  * replaced by ".", so log4cplus's dotted hierarchy applies to namespaces.
  */
-class CORE_EXPORT LoggingManager : public interfaces::ILoggingManager
+class CORE_EXPORT LoggingManager final : public interfaces::ILoggingManager
 {
     Q_OBJECT
     Q_INTERFACES(corvane::base::interfaces::IManager corvane::base::interfaces::ILoggingManager)
@@ -64,6 +66,11 @@ public:
     /// Whether log4cplus would write an entry of this level to the logger named source, with
     /// the level it inherits (isLoglevelSet() looks at the logger's own level only).
     bool isEnabledFor(const QString& source, Loglevel level);
+    /// logEntry(level, source, "function(line): message", true) for the handler of Qt's
+    /// messages, which has already found isLoglevelSet(source, level) true: the text is put
+    /// together where it is written.
+    void logCheckedEntryAt(Loglevel level, const QString& source, const QString& function, int line,
+                           const QString& message);
     /// Writes out and closes every appender, for a process that is about to abort.
     void closeAppenders();
 
@@ -76,10 +83,18 @@ private:
     void makeFilePathsInPropertiesAbsolute(log4cplus::helpers::Properties& properties) const;
     static void keepWrittenLogs(log4cplus::helpers::Properties& properties);
 
+    bool ownLevelAllows(const QString& source, Loglevel level);
+    /// The write of logEntry(), apart from its level check, which is kept small; with a
+    /// function, "function(line): " comes before the message.
+    void writeEntry(Loglevel level, const QString& source, const QString& message,
+                    const QString* function = nullptr, int line = 0);
     static QString loggerNameOf(const QObject* sender);
+    /// levelMap's value of level, 0 for a level outside it, without a look-up.
+    int log4cplusLevel(Loglevel level) const;
 
     QString propertiesFile;
     QHash<Loglevel, int> levelMap;
+    std::array<int, 6> levelValues {}; // levelMap by level, for the paths of every entry
     bool configured = false; // initialize() has configured log4cplus before
 };
 

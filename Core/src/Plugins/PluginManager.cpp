@@ -518,7 +518,9 @@ void PluginManager::unloadPlugin(const QString& pluginName)
         qCritical() << "unloadPlugin: Plugin not loaded:" << pluginName;
         fail("unloadPlugin", QStringLiteral("Plugin not loaded: ") + pluginName);
     }
-    if (!loader->unload()) {
+    const bool unloaded = loader->unload();
+    logging::forgetMessagePlaces(); // its texts are gone, others may take their addresses
+    if (!unloaded) {
         qCritical() << "unloadPlugin: Plugin unload failed:" << pluginName;
         fail("unloadPlugin", QStringLiteral("Plugin unload failed :") + pluginName);
     }

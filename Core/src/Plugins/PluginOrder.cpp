@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <functional>
 #include <numeric>
+#include <queue>
 #include <set>
+#include <vector>
 
 namespace corvane {
 namespace base {
@@ -22,28 +24,181 @@ QSet<QString> asSet(const QStringList& list)
     return QSet<QString>(list.cbegin(), list.cend());
 }
 
-// Each plug-in's required services: its own plus the optional ones some plug-in provides.
-QVector<QSet<QString>> effectiveRequirements(const QList<Plugin>& plugins,
-                                             PluginOrder::Result& result)
+// Numbers for service names, 0, 1, 2, ... in the order first seen: a table of views into the
+// plug-ins' own texts (they outlive it), open addressing, so no copies, no counting and no
+// allocation per name.
+class ServiceNumbers
 {
-    QSet<QString> allProvided;
-    for (const Plugin& plugin : plugins) {
-        allProvided.unite(asSet(plugin.provided));
+public:
+    explicit ServiceNumbers(int expected) : slots(capacityFor(expected), -1)
+    {
+        names.reserve(size_t(expected));
     }
-    QVector<QSet<QString>> required(plugins.size());
-    for (int index = 0; index < plugins.size(); ++index) {
-        const Plugin& plugin = plugins.at(index);
-        required[index] = asSet(plugin.required);
-        for (const QString& service : plugin.optional) {
-            if (allProvided.contains(service)) {
-                required[index].insert(service);
-            } else {
-                result.events.append({Event::OptionalServiceDropped, {plugin.name, service}});
+
+    int numberOf(QStringView name)
+    {
+        const uint hash = hashOf(name);
+        size_t slot = hash & (slots.size() - 1);
+        for (; slots[slot] >= 0; slot = (slot + 1) & (slots.size() - 1)) {
+            if (hashes[size_t(slots[slot])] == hash && names[size_t(slots[slot])] == name) {
+                return slots[slot];
+            }
+        }
+        const int number = int(names.size());
+        slots[slot] = number;
+        names.push_back(name);
+        hashes.push_back(hash);
+        if (names.size() * 2 > slots.size()) {
+            grow();
+        }
+        return number;
+    }
+
+    /// -1 for a name never numbered.
+    int find(QStringView name) const
+    {
+        const uint hash = hashOf(name);
+        for (size_t slot = hash & (slots.size() - 1); slots[slot] >= 0;
+             slot = (slot + 1) & (slots.size() - 1)) {
+            if (hashes[size_t(slots[slot])] == hash && names[size_t(slots[slot])] == name) {
+                return slots[slot];
+            }
+        }
+        return -1;
+    }
+
+    int count() const { return int(names.size()); }
+
+private:
+    static size_t capacityFor(int expected)
+    {
+        size_t capacity = 16;
+        while (capacity < size_t(expected) * 2) {
+            capacity *= 2;
+        }
+        return capacity;
+    }
+
+    static uint hashOf(QStringView name)
+    {
+        uint hash = 2166136261u; // FNV-1a over the UTF-16 units
+        for (const QChar character : name) {
+            hash = (hash ^ character.unicode()) * 16777619u;
+        }
+        return hash;
+    }
+
+    void grow()
+    {
+        std::vector<int> larger(slots.size() * 2, -1);
+        for (int number = 0; number < count(); ++number) {
+            size_t slot = hashes[size_t(number)] & (larger.size() - 1);
+            while (larger[slot] >= 0) {
+                slot = (slot + 1) & (larger.size() - 1);
+            }
+            larger[slot] = number;
+        }
+        slots.swap(larger);
+    }
+
+    std::vector<int> slots; // numbers, -1 where free
+    std::vector<QStringView> names;
+    std::vector<uint> hashes;
+};
+
+// The plug-ins with their services as numbers, each service name looked up once; the lists of
+// all plug-ins lie one after the other (list i from start[i] to start[i + 1]).
+struct Graph
+{
+    std::vector<int> providedStart;
+    std::vector<int> provided; // per plug-in, sorted, without repeats
+    std::vector<int> requiredStart;
+    std::vector<int> required; // per plug-in: required and provided optional ones, likewise
+    std::vector<int> providers; // per service: plug-ins providing it
+    std::vector<int> requiredByStart;
+    std::vector<int> requiredBy; // per service: the plug-ins requiring it
+
+    Graph(const QList<Plugin>& plugins, PluginOrder::Result& result)
+    {
+        ServiceNumbers ids(plugins.size() * 2);
+        const auto idOf = [&ids](QStringView service) {
+            return ids.numberOf(service);
+        };
+        std::vector<int> list;
+        const auto add = [&list](std::vector<int>& to, std::vector<int>& starts) {
+            std::sort(list.begin(), list.end());
+            list.erase(std::unique(list.begin(), list.end()), list.end());
+            to.insert(to.end(), list.begin(), list.end());
+            starts.push_back(int(to.size()));
+            list.clear();
+        };
+        providedStart.push_back(0);
+        requiredStart.push_back(0);
+        for (const Plugin& plugin : plugins) {
+            for (const QString& service : plugin.provided) {
+                list.push_back(idOf(service));
+            }
+            add(provided, providedStart);
+        }
+        providers.assign(size_t(ids.count()), 0);
+        for (int service : provided) {
+            ++providers[size_t(service)];
+        }
+        // An optional service counts as required when some plug-in provides it.
+        for (const Plugin& plugin : plugins) {
+            for (const QString& service : plugin.required) {
+                list.push_back(idOf(service));
+            }
+            for (const QString& service : plugin.optional) {
+                const int id = ids.find(service);
+                if (id >= 0 && id < int(providers.size()) && providers[size_t(id)] > 0) {
+                    list.push_back(id);
+                } else {
+                    result.events.append({Event::OptionalServiceDropped, {plugin.name, service}});
+                }
+            }
+            add(required, requiredStart);
+        }
+        providers.resize(size_t(ids.count()), 0); // services only required
+        requiredByStart.assign(size_t(ids.count()) + 1, 0);
+        for (int service : required) {
+            ++requiredByStart[size_t(service) + 1];
+        }
+        std::partial_sum(requiredByStart.begin(), requiredByStart.end(), requiredByStart.begin());
+        requiredBy.resize(required.size());
+        std::vector<int> next(requiredByStart.begin(), requiredByStart.end() - 1);
+        for (int index = 0; index < plugins.size(); ++index) {
+            for (int service : requiredOf(index)) {
+                requiredBy[size_t(next[size_t(service)]++)] = index;
             }
         }
     }
-    return required;
-}
+
+    struct Range
+    {
+        const int* first;
+        const int* last;
+        const int* begin() const { return first; }
+        const int* end() const { return last; }
+        int size() const { return int(last - first); }
+    };
+    static Range range(const std::vector<int>& lists, const std::vector<int>& starts, int index)
+    {
+        return {lists.data() + starts[size_t(index)], lists.data() + starts[size_t(index) + 1]};
+    }
+    Range providedOf(int plugin) const { return range(provided, providedStart, plugin); }
+    Range requiredOf(int plugin) const { return range(required, requiredStart, plugin); }
+    Range requiringOf(int service) const { return range(requiredBy, requiredByStart, service); }
+
+    bool provides(int plugin, int service) const
+    {
+        const Range list = providedOf(plugin);
+        return std::binary_search(list.begin(), list.end(), service);
+    }
+};
+
+// Ranks to visit in a pass, smallest first.
+using RankQueue = std::priority_queue<int, std::vector<int>, std::greater<int>>;
 
 } // namespace
 
@@ -57,107 +212,117 @@ PluginOrder::Result PluginOrder::order(const QList<Plugin>& plugins, bool withWa
 {
     Result result;
     const int count = plugins.size();
-    QVector<int> byName(count);
+    result.order.reserve(count);
+    result.passes.reserve(count);
+    result.events.reserve(count);
+    const size_t size = size_t(count);
+    std::vector<int> byName(size);
     std::iota(byName.begin(), byName.end(), 0);
-    std::stable_sort(byName.begin(), byName.end(),
-                     [&](int a, int b) { return plugins.at(a).name < plugins.at(b).name; });
-    QVector<int> rank(count);
+    std::vector<QStringView> names;
+    names.reserve(size);
+    for (const Plugin& plugin : plugins) {
+        names.emplace_back(plugin.name);
+    }
+    std::stable_sort(byName.begin(), byName.end(), [&names](int a, int b) {
+        return names[size_t(a)].compare(names[size_t(b)]) < 0;
+    });
+    std::vector<int> rank(size);
     for (int position = 0; position < count; ++position) {
-        rank[byName[position]] = position;
+        rank[size_t(byName[size_t(position)])] = position;
     }
 
-    const QVector<QSet<QString>> required = effectiveRequirements(plugins, result);
-    QVector<QSet<QString>> provided(count);
-    QHash<QString, QVector<int>> requiredBy;
-    QHash<QString, int> providers;
+    const Graph graph(plugins, result);
+    std::vector<int> missing(size); // required services not yet available
+    std::vector<int> blockers(size); // (service, other unordered provider) pairs
     for (int index = 0; index < count; ++index) {
-        provided[index] = asSet(plugins.at(index).provided);
-        for (const QString& service : provided[index]) {
-            ++providers[service];
-        }
-        for (const QString& service : required[index]) {
-            requiredBy[service].append(index);
+        missing[size_t(index)] = graph.requiredOf(index).size();
+        for (int service : graph.requiredOf(index)) {
+            blockers[size_t(index)]
+                += graph.providers[size_t(service)] - (graph.provides(index, service) ? 1 : 0);
         }
     }
 
-    QVector<int> missing(count); // required services not yet available
-    QVector<int> blockers(count); // (service, other unordered provider) pairs
-    std::set<int> ready; // by rank
-    std::set<int> waiting; // by rank: everything available, another provider unordered
-    auto servicesAvailable = [&](int index) {
-        (blockers[index] == 0 ? ready : waiting).insert(rank[index]);
+    int cursor = -1;
+    RankQueue thisPass;
+    RankQueue nextPass;
+    std::set<int> waiting; // by rank, only kept for the waiting lines
+    const auto becomesReady = [&](int index) {
+        // Its name will be copied once it is ordered; by then its text should be at hand.
+        __builtin_prefetch(names[size_t(index)].data(), 1);
+        const int at = rank[size_t(index)];
+        (at > cursor ? thisPass : nextPass).push(at);
+    };
+    const auto servicesAvailable = [&](int index) {
+        if (blockers[size_t(index)] == 0) {
+            becomesReady(index);
+        } else if (withWaitingLines) {
+            waiting.insert(rank[size_t(index)]);
+        }
     };
     for (int index = 0; index < count; ++index) {
-        missing[index] = required[index].size();
-        for (const QString& service : required[index]) {
-            blockers[index]
-                += providers.value(service) - (provided[index].contains(service) ? 1 : 0);
-        }
-        if (missing[index] == 0) {
+        if (missing[size_t(index)] == 0) {
             servicesAvailable(index);
         }
     }
 
-    QSet<QString> available;
-    QVector<bool> ordered(count, false);
-    auto orderPlugin = [&](int index) {
-        ordered[index] = true;
+    std::vector<char> available(graph.providers.size(), 0);
+    std::vector<char> ordered(size, 0);
+    const auto orderPlugin = [&](int index) {
+        ordered[size_t(index)] = 1;
         result.order.append(plugins.at(index).name);
         result.events.append({Event::Ordered, {plugins.at(index).name, QString()}});
-        for (const QString& service : provided[index]) {
-            const bool newlyAvailable = !available.contains(service);
-            available.insert(service);
-            for (int other : requiredBy.value(service)) {
-                if (other == index || ordered[other]) {
+        for (int service : graph.providedOf(index)) {
+            const bool newlyAvailable = available[size_t(service)] == 0;
+            available[size_t(service)] = 1;
+            for (int other : graph.requiringOf(service)) {
+                if (other == index || ordered[size_t(other)] != 0) {
                     continue;
                 }
-                --blockers[other];
-                if (newlyAvailable && --missing[other] == 0) {
+                --blockers[size_t(other)];
+                if (newlyAvailable && --missing[size_t(other)] == 0) {
                     servicesAvailable(other);
-                } else if (missing[other] == 0 && blockers[other] == 0) {
-                    waiting.erase(rank[other]);
-                    ready.insert(rank[other]);
+                } else if (missing[size_t(other)] == 0 && blockers[size_t(other)] == 0) {
+                    waiting.erase(rank[size_t(other)]);
+                    becomesReady(other);
                 }
             }
         }
     };
     // The waiting plug-ins a pass goes by between the ranks after and before.
-    auto passWaiting = [&](int after, int before) {
-        if (!withWaitingLines) {
-            return;
-        }
+    const auto passWaiting = [&](int after, int before) {
         for (auto it = waiting.upper_bound(after); it != waiting.end() && *it < before; ++it) {
-            result.events.append({Event::NotOrdered, {plugins.at(byName[*it]).name, QString()}});
+            result.events.append(
+                {Event::NotOrdered, {plugins.at(byName[size_t(*it)]).name, QString()}});
         }
     };
 
-    int cursor = -1;
     int unordered = count;
     int pass = 1;
     bool orderedInPass = false;
     while (unordered > 0) {
-        const auto next = ready.upper_bound(cursor);
-        if (next == ready.end()) {
+        if (thisPass.empty()) {
             passWaiting(cursor, count);
             if (!orderedInPass) {
                 break;
             }
+            std::swap(thisPass, nextPass);
             cursor = -1;
             ++pass;
             orderedInPass = false;
             continue;
         }
-        passWaiting(cursor, *next);
-        cursor = *next;
-        ready.erase(next);
-        orderPlugin(byName[cursor]);
+        const int next = thisPass.top();
+        thisPass.pop();
+        passWaiting(cursor, next);
+        cursor = next;
+        orderPlugin(byName[size_t(next)]);
         result.passes.append(pass);
         --unordered;
         orderedInPass = true;
     }
 
     for (int index : byName) {
-        if (!ordered[index]) {
+        if (ordered[size_t(index)] == 0) {
             result.leftOver.append(plugins.at(index).name);
         }
     }

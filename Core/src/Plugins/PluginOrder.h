@@ -5,6 +5,7 @@
 #include <QList>
 #include <QPair>
 #include <QStringList>
+#include <QVector>
 
 namespace corvane {
 namespace base {
@@ -36,14 +37,14 @@ public:
     {
         QStringList order;
         /// The pass (from 1) in which each plug-in of order was ordered.
-        QList<int> passes;
+        QVector<int> passes;
         /// Plug-ins that could not be ordered, in name order.
         QStringList leftOver;
         /// What happened, in order: (event, plug-in name, service or empty). Optional services
         /// nobody provides come first, in the plug-ins' given order; then, pass by pass in name
         /// order, each plug-in ordered and each one reached while it still waits for another
         /// unordered provider of a service it requires (NotOrdered, once in every such pass).
-        QList<QPair<Event, QPair<QString, QString>>> events;
+        QVector<QPair<Event, QPair<QString, QString>>> events;
     };
 
     /// withWaitingLines false leaves out the NotOrdered events, which can be many (up to one

@@ -263,7 +263,7 @@ void tst_LoggingManager::entriesReachTheFile()
                                            QStringLiteral("loadPlugin"), QStringLiteral("x"));
     manager->logException(QStringLiteral("app"), exception);
     manager->logException(&sender, exception);
-    manager->logInfo(QStringLiteral("app"), QStringLiteral("Größe ✓"));
+    manager->logInfo(QStringLiteral("app"), QStringLiteral("Größe ✓ über sechzehn Zeichen"));
     manager->changeLoglevel(QStringLiteral("app"), ILoggingManager::ERROR);
     manager->logWarn(QStringLiteral("app"), QStringLiteral("dropped after changeLoglevel"));
     manager->changeLoglevel(&sender, ILoggingManager::FATAL);
@@ -271,11 +271,11 @@ void tst_LoggingManager::entriesReachTheFile()
     manager->logEntry(ILoggingManager::TRACE, QStringLiteral("app"),
                       QStringLiteral("unchecked, still filtered by log4cplus"), false);
 
-    QCOMPARE(
-        readLines(inApplicationFolder(QStringLiteral("logs/entries.log"))),
-        QStringList({"corvane.test.Sender|INFO|by sender", "unknown source|INFO|null sender",
-                     "app|ERROR|PluginManager::loadPlugin x",
-                     "corvane.test.Sender|ERROR|PluginManager::loadPlugin x", "app|INFO|Größe ✓"}));
+    QCOMPARE(readLines(inApplicationFolder(QStringLiteral("logs/entries.log"))),
+             QStringList({"corvane.test.Sender|INFO|by sender", "unknown source|INFO|null sender",
+                          "app|ERROR|PluginManager::loadPlugin x",
+                          "corvane.test.Sender|ERROR|PluginManager::loadPlugin x",
+                          "app|INFO|Größe ✓ über sechzehn Zeichen"}));
 }
 
 void tst_LoggingManager::qtMessagesAreRoutedWithFunctionAndLine()
@@ -287,7 +287,7 @@ void tst_LoggingManager::qtMessagesAreRoutedWithFunctionAndLine()
     manager->initialize();
     const QString logger = corvane::logging::sanitizeSource(__FILE__);
     const int line = __LINE__ + 1;
-    qInfo("routed %s", "Größe ✓");
+    qInfo("routed %s", "Größe ✓ über sechzehn Zeichen");
     qDebug() << "quoted" << QStringLiteral("text");
     const QMessageLogContext unknownType("/a/src/Seven.cpp", 3, "void g()", "default");
     corvane::logging::log4cxxMessageHandler(static_cast<QtMsgType>(7), unknownType,
@@ -304,7 +304,9 @@ void tst_LoggingManager::qtMessagesAreRoutedWithFunctionAndLine()
                  .hasMatch(),
              qPrintable(lines.at(0)));
     QCOMPARE(lines.at(1),
-             QStringLiteral("%1|INFO|%2(%3): routed Größe ✓").arg(logger, function).arg(line));
+             QStringLiteral("%1|INFO|%2(%3): routed Größe ✓ über sechzehn Zeichen")
+                 .arg(logger, function)
+                 .arg(line));
     QCOMPARE(
         lines.at(2),
         QStringLiteral("%1|DEBUG|%2(%3): quoted \"text\"").arg(logger, function).arg(line + 1));

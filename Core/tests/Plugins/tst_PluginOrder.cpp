@@ -20,7 +20,7 @@ namespace {
 struct Passes
 {
     QStringList order;
-    QList<int> passes; // of each plug-in of order, counted from 1
+    QVector<int> passes; // of each plug-in of order, counted from 1
     QStringList leftOver;
     QStringList events; // "dropped <plug-in> <service>", "not <plug-in>", "ordered <plug-in>"
 };
