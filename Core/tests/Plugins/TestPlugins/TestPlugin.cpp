@@ -1,11 +1,13 @@
 // One plug-in source, built into several libraries: TEST_PLUGIN_NAME, TEST_PROVIDES,
 // TEST_REQUIRES, TEST_OPTIONAL and TEST_TASKS (comma-separated) make each one different.
 // Its configuration element may say <canClose>false</canClose>,
-// <failInitialize>true</failInitialize> or <holdUntil>file</holdUntil> (its load then takes
-// until that file exists, at most a minute, with Qt's events going on meanwhile). It reports
-// what is done to it as Qt messages.
+// <failInitialize>true</failInitialize>, <holdUntil>file</holdUntil> (its load then takes
+// until that file exists, at most a minute, with Qt's events going on meanwhile) or
+// <blockOnCommandMs>ms</blockOnCommandMs> (in a service, each custom command then blocks the
+// main thread for that long). It reports what is done to it as Qt messages.
 
 #include <Exceptions/Exceptions.h>
+#include <StartUp/Service.h>
 #include <Utility/AbstractPlugin.h>
 #include <Utility/XMLHelper.h>
 
@@ -14,6 +16,7 @@
 #include <QDomElement>
 #include <QEventLoop>
 #include <QFile>
+#include <QThread>
 #include <QTimer>
 
 namespace {
@@ -54,6 +57,8 @@ public:
         XMLHelper::readBoolFromXML(configuration, QStringLiteral("canClose"), &canClose);
         XMLHelper::readBoolFromXML(configuration, QStringLiteral("failInitialize"),
                                    &failInitialize);
+        XMLHelper::readIntFromXML(configuration, QStringLiteral("blockOnCommandMs"),
+                                  &blockOnCommandMs);
         QString holdUntil;
         XMLHelper::readStringFromXML(configuration, QStringLiteral("holdUntil"), &holdUntil);
         if (!holdUntil.isEmpty()) {
@@ -79,6 +84,14 @@ public:
                                                              QStringLiteral("refuses to start"));
         }
         AbstractPlugin::initialize();
+        auto* service = corvane::base::business::Service::instance();
+        if (blockOnCommandMs > 0 && service) {
+            connect(service, &corvane::base::business::Service::command, this, [this](int number) {
+                qInfo("test: %s blocking on command %d", TEST_PLUGIN_NAME, number);
+                QThread::msleep(static_cast<unsigned long>(blockOnCommandMs));
+                qInfo("test: %s unblocked", TEST_PLUGIN_NAME);
+            });
+        }
         qInfo("test: %s initialized", TEST_PLUGIN_NAME);
     }
 
@@ -97,6 +110,7 @@ public:
 private:
     bool canClose = true;
     bool failInitialize = false;
+    int blockOnCommandMs = 0;
 };
 
 } // namespace
