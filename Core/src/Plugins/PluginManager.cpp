@@ -200,7 +200,7 @@ void PluginManager::loadPlugin(const QString& aPluginFileName)
     }
     QElapsedTimer timer;
     timer.start();
-    const QString file = libraryFile(QCoreApplication::applicationDirPath(), aPluginFileName);
+    const QString file = libraryFile(getPluginFolder(), aPluginFileName);
     auto loader = std::make_unique<QPluginLoader>(file);
     QObject* instance = loader->instance();
     if (instance == nullptr) {
@@ -602,6 +602,22 @@ QString PluginManager::libraryFile(const QString& folder, const QString& configu
         }
     }
     return directory.filePath(QStringLiteral("lib%1.so").arg(stem));
+}
+
+void PluginManager::setPluginFolder(const QString& folder)
+{
+    pluginFolder = folder;
+}
+
+QString PluginManager::getPluginFolder() const
+{
+    return pluginFolder.isEmpty() ? QCoreApplication::applicationDirPath() : pluginFolder;
+}
+
+void PluginManager::setPluginConfigurations(
+    const QList<entities::PluginConfiguration>& configurations)
+{
+    pluginConfigurations = configurations;
 }
 
 IPlugin* PluginManager::pluginOf(const char* method, const QString& name, QPluginLoader* loader)

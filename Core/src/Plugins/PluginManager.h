@@ -73,6 +73,15 @@ public:
     /// The library file that "stem.dll" (or "libstem.so", "stem") names in folder.
     static QString libraryFile(const QString& folder, const QString& configuredName);
 
+    /// The folder in which loadPlugin() looks for libraries; the application's folder unless
+    /// set otherwise (an empty folder sets it back), so that a tool can load the plug-ins of
+    /// another application.
+    void setPluginFolder(const QString& folder);
+    QString getPluginFolder() const;
+    /// The plug-in entries that loadPlugins() loads and that configure the loaded plug-ins;
+    /// the start (slotInitialize) takes them from the configuration manager instead.
+    void setPluginConfigurations(const QList<entities::PluginConfiguration>& configurations);
+
     /// Why the last start (slotInitialize) failed; empty when it did not.
     QString startFailure() const;
 
@@ -134,6 +143,7 @@ private:
     QList<PluginOrder::Plugin> orderingInput;
     PluginOrder::Result ordering;
     QString failedStart;
+    QString pluginFolder; // empty: the application's folder
 };
 
 } // namespace business

@@ -1,10 +1,13 @@
-// Shows the inventory in a window: a table of the items and the loaded plug-ins with their
-// versions. CORVANE_DEMO_CLOSE_AFTER_MS closes the window by itself (for screenshots and tests).
+// Shows the inventory in a window: a table of the items and, below it, a table of the loaded
+// plug-ins (version, state, tasks, services, load and initialize times; a double-click shows a
+// plug-in's description). CORVANE_DEMO_CLOSE_AFTER_MS closes the window by itself (for
+// screenshots and tests).
 
 #include "Inventory/IInventory.h"
 
 #include <Interfaces/IPluginManager.h>
 #include <Interfaces/IService.h>
+#include <Plugins/PluginManager.h>
 #include <Plugins/ServiceCache.h>
 #include <StartUp/ApplicationStartupHandler.h>
 #include <StartUp/ManagerRegistry.h>
@@ -13,10 +16,9 @@
 #include <QCoreApplication>
 #include <QDebug>
 #include <QFile>
-#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
-#include <QListWidget>
+#include <QMessageBox>
 #include <QTableWidget>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -45,13 +47,12 @@ public:
         AbstractPlugin::initialize();
         window = std::make_unique<QWidget>();
         window->setWindowTitle(QStringLiteral("Corvane demo: inventory"));
-        auto* layout = new QHBoxLayout(window.get());
-        layout->addWidget(inventoryTable(), 3);
-        auto* side = new QVBoxLayout;
-        side->addWidget(new QLabel(QStringLiteral("Loaded plug-ins")));
-        side->addWidget(pluginList());
-        layout->addLayout(side, 2);
-        window->resize(900, 360);
+        auto* layout = new QVBoxLayout(window.get());
+        layout->addWidget(inventoryTable(), 1);
+        layout->addWidget(new QLabel(QStringLiteral("Loaded plug-ins")));
+        layout->addWidget(pluginTable());
+        // Wide enough for every column of the plug-in table, whatever the font.
+        window->resize(qMax(900, layout->sizeHint().width()), 560);
         window->show();
         qInfo("initialize: inventory window shown");
 
@@ -122,23 +123,87 @@ private:
         return table;
     }
 
-    static QListWidget* pluginList()
+    // One row per loaded plug-in, in start order; filled again whenever plug-ins are started
+    // or stopped.
+    QTableWidget* pluginTable()
     {
-        auto* list = new QListWidget;
-        auto* plugins = base::business::ManagerRegistry::instance()->getPluginManager();
-        QStringList names;
-        plugins->getAvailablePlugins(names);
-        for (const QString& name : qAsConst(names)) {
-            QString description;
-            QString version;
-            plugins->getPluginInformation(name, description, version);
-            list->addItem(QStringLiteral("%1 %2 - %3").arg(name, version, description));
+        plugins = new QTableWidget(0, 8);
+        plugins->setObjectName(QStringLiteral("plugins"));
+        plugins->setHorizontalHeaderLabels(
+            {QStringLiteral("Plug-in"), QStringLiteral("Version"), QStringLiteral("State"),
+             QStringLiteral("Tasks"), QStringLiteral("Provides"), QStringLiteral("Requires"),
+             QStringLiteral("Load (ms)"), QStringLiteral("Initialize (ms)")});
+        plugins->verticalHeader()->hide();
+        plugins->setEditTriggers(QAbstractItemView::NoEditTriggers);
+        plugins->setSelectionBehavior(QAbstractItemView::SelectRows);
+        // As high as its rows, so that none is hidden behind a scroll bar.
+        plugins->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
+        plugins->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+        connect(plugins, &QTableWidget::cellDoubleClicked, window.get(),
+                [this](int row) { showDescription(row); });
+
+        auto* manager = base::business::ManagerRegistry::instance()->getPluginManager();
+        using Manager = base::interfaces::IPluginManager;
+        for (auto signal :
+             {&Manager::signalPluginInitializedForBase, &Manager::signalPluginInitializedForTasks,
+              &Manager::signalPluginDeinitializedForTasks}) {
+            connect(manager, signal, plugins, [this] { fillPluginTable(); });
         }
-        return list;
+        fillPluginTable();
+        return plugins;
+    }
+
+    static base::business::PluginManager* pluginManager()
+    {
+        return qobject_cast<base::business::PluginManager*>(
+            base::business::ManagerRegistry::instance()->getPluginManager());
+    }
+
+    void fillPluginTable()
+    {
+        base::business::PluginManager* manager = pluginManager();
+        QStringList names;
+        manager->getAvailablePlugins(names);
+        plugins->setRowCount(names.size());
+        for (int row = 0; row < names.size(); ++row) {
+            const auto plugin = manager->getPluginDetails(names.at(row));
+            QStringList required = plugin.requiredServices;
+            for (const QString& service : plugin.optionalRequiredServices) {
+                required << service + QStringLiteral(" (optional)");
+            }
+            const QStringList cells {plugin.name,
+                                     plugin.version,
+                                     plugin.initialized ? QStringLiteral("initialized")
+                                                        : QStringLiteral("not initialized"),
+                                     plugin.tasks.join(QStringLiteral(", ")),
+                                     plugin.providedServices.join(QStringLiteral(", ")),
+                                     required.join(QStringLiteral(", ")),
+                                     QString::number(plugin.loadMilliseconds),
+                                     QString::number(plugin.initializeMilliseconds)};
+            for (int column = 0; column < cells.size(); ++column) {
+                auto* item = new QTableWidgetItem(cells.at(column));
+                if (column >= 6) {
+                    item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+                }
+                plugins->setItem(row, column, item);
+            }
+        }
+        plugins->resizeColumnsToContents();
+        plugins->resizeRowsToContents();
+    }
+
+    void showDescription(int row)
+    {
+        const auto plugin = pluginManager()->getPluginDetails(plugins->item(row, 0)->text());
+        auto* box = new QMessageBox(QMessageBox::Information, plugin.name + ' ' + plugin.version,
+                                    plugin.description, QMessageBox::Ok, window.get());
+        box->setAttribute(Qt::WA_DeleteOnClose);
+        box->open();
     }
 
     std::unique_ptr<QWidget> window;
     QTableWidget* table = nullptr; // owned by the window
+    QTableWidget* plugins = nullptr; // owned by the window
 };
 
 } // namespace demo

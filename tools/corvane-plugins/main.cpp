@@ -1,0 +1,422 @@
+// corvane-plugins: explains in which order an application's plug-ins start, and why some do
+// not, and draws their service graph. It reads the configuration and loads the plug-ins with
+// the library's own code, as a start does, but initializes none of them.
+
+#include <Configuration/ConfigurationManager.h>
+#include <Exceptions/Exceptions.h>
+#include <Logging/LogMessageHandler.h>
+#include <Logging/LoggingManager.h>
+#include <Plugins/PluginManager.h>
+#include <Plugins/ServiceManager.h>
+#include <StartUp/ManagerRegistry.h>
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDir>
+#include <QDomElement>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTextStream>
+
+#include <log4cplus/consoleappender.h>
+#include <log4cplus/layout.h>
+#include <log4cplus/logger.h>
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+
+using namespace corvane::base;
+using business::PluginManager;
+using business::PluginOrder;
+
+enum ExitCode { AllOrdered = 0, NotAllOrdered = 1, UsageError = 2, ConfigError = 3, SvgError = 4 };
+
+const char* const description
+    = "Explains the start order of an application's plug-ins and draws their service graph.\n"
+      "The plug-ins are loaded and ordered as the application's start does it, but none is\n"
+      "initialized. <configuration> is the application's configuration file, or its folder\n"
+      "when that holds one application (an executable with <its name>.xml beside it).\n\n"
+      "Commands:\n"
+      "  order   print the start order, the pass that ordered each plug-in, what each provides\n"
+      "          and requires, and why the plug-ins left over cannot start\n"
+      "  graph   write the service graph as Graphviz DOT (or, with --svg, render it)\n\n"
+      "Exit codes: 0 all plug-ins can be ordered, 1 some cannot (or cannot be loaded),\n"
+      "2 wrong usage, 3 the configuration cannot be read, 4 the SVG file was not written.";
+
+QTextStream& out()
+{
+    static QTextStream stream(stdout);
+    return stream;
+}
+
+int fail(int code, const QString& line)
+{
+    QTextStream(stderr) << "corvane-plugins: " << line << '\n';
+    return code;
+}
+
+// What loading and ordering told about the plug-ins.
+struct Report
+{
+    QString configuration; // as given
+    QString folder;
+    PluginOrder::Result result;
+    QHash<QString, PluginManager::PluginDetails> details;
+    QStringList why;
+};
+
+// A DOT string: quoted, with its quotes, backslashes and line breaks escaped.
+QString quoted(QString text)
+{
+    text.replace('\\', QLatin1String("\\\\")).replace('"', QLatin1String("\\\""));
+    return '"' + text.replace('\n', QLatin1String("\\n")) + '"';
+}
+
+QStringList providersOf(const Report& report, const QString& service)
+{
+    QStringList providers;
+    for (const QString& name : report.result.order + report.result.leftOver) {
+        if (report.details.value(name).providedServices.contains(service)) {
+            providers << name;
+        }
+    }
+    return providers;
+}
+
+// "1 plug-in", "2 plug-ins"; "1 pass", "2 passes".
+QString counted(int count, const char* one, const char* many)
+{
+    return QStringLiteral("%1 %2").arg(count).arg(QLatin1String(count == 1 ? one : many));
+}
+
+// One plug-in of the start order (position > 0) or of the left-over ones, with its services.
+void printPlugin(const Report& report, const QString& name, int position, int labelWidth)
+{
+    const PluginManager::PluginDetails& plugin = report.details[name];
+    const int numberWidth = QString::number(report.details.size()).size();
+    const QString label = name + ' ' + plugin.version;
+    out() << "  "
+          << (position > 0 ? QString::number(position) : QStringLiteral("-"))
+                 .rightJustified(numberWidth)
+          << "  "
+          << (position > 0
+                  ? label.leftJustified(labelWidth) + QStringLiteral("  pass %1").arg(plugin.pass)
+                  : label)
+          << '\n';
+
+    const QString indent(numberWidth + 6, ' ');
+    QStringList required = plugin.requiredServices;
+    for (const QString& service : plugin.optionalRequiredServices) {
+        required << service
+                + (providersOf(report, service).isEmpty()
+                       ? QStringLiteral(" (optional, provided by nobody)")
+                       : QStringLiteral(" (optional)"));
+    }
+    if (!plugin.providedServices.isEmpty()) {
+        out() << indent << "provides: " << plugin.providedServices.join(", ") << '\n';
+    }
+    if (!required.isEmpty()) {
+        out() << indent << "requires: " << required.join(", ") << '\n';
+    }
+    if (plugin.tasks != QStringList {QStringLiteral("Base")}) {
+        out() << indent << "tasks: " << plugin.tasks.join(", ")
+              << (plugin.tasks.contains(QStringLiteral("Base"))
+                      ? ""
+                      : " (not started with the application)")
+              << '\n';
+    }
+}
+
+int printOrder(const Report& report)
+{
+    const PluginOrder::Result& result = report.result;
+    out() << "Start order of " << report.configuration << " (plug-ins from " << report.folder
+          << "):\n";
+    if (report.details.isEmpty()) {
+        out() << "No plug-ins configured.\n";
+        return AllOrdered;
+    }
+    int labelWidth = 0;
+    for (const PluginManager::PluginDetails& plugin : report.details) {
+        labelWidth = qMax(labelWidth, plugin.name.size() + 1 + plugin.version.size());
+    }
+    for (int i = 0; i < result.order.size(); ++i) {
+        printPlugin(report, result.order.at(i), i + 1, labelWidth);
+    }
+    const int passCount = result.passes.isEmpty() ? 0 : result.passes.last();
+    if (result.leftOver.isEmpty()) {
+        out() << result.order.size() << " of "
+              << counted(result.order.size(), "plug-in", "plug-ins") << " can be ordered, in "
+              << counted(passCount, "pass", "passes") << ".\n";
+        return AllOrdered;
+    }
+    out() << "Not ordered:\n";
+    for (const QString& name : result.leftOver) {
+        printPlugin(report, name, 0, labelWidth);
+    }
+    out() << "Why:\n";
+    for (const QString& line : report.why) {
+        out() << "  " << line << '\n';
+    }
+    out() << result.leftOver.size() << " of "
+          << counted(report.details.size(), "plug-in", "plug-ins")
+          << " cannot be ordered: " << result.leftOver.join(", ") << ".\n";
+    return NotAllOrdered;
+}
+
+// Plug-ins are boxes, an arrow leads from a plug-in to each provider of a service it requires
+// (dashed when optional); what keeps plug-ins from starting is red: the left-over plug-ins, the
+// arrows of cycles and the requirements nobody provides.
+QString graphOf(const Report& report)
+{
+    const QString red = QStringLiteral(", color=red, fontcolor=red");
+    QSet<QString> cycleEdges; // "from\nservice\nto"
+    for (const QString& line : report.why) {
+        if (line.startsWith(QLatin1String("cycle: "))) {
+            const QStringList steps = line.mid(7).split(QStringLiteral(" -> "));
+            for (int i = 0; i + 2 < steps.size(); i += 2) {
+                cycleEdges << steps.at(i) + '\n' + steps.at(i + 1) + '\n' + steps.at(i + 2);
+            }
+        }
+    }
+    QString nodes;
+    QString missing;
+    QString edges;
+    QStringList drawnMissing;
+    for (const QString& name : report.result.order + report.result.leftOver) {
+        const PluginManager::PluginDetails& plugin = report.details[name];
+        nodes
+            += QStringLiteral("  %1 [label=%2%3];\n")
+                   .arg(quoted(name),
+                        quoted(QStringLiteral("%1 %2\n%3")
+                                   .arg(name, plugin.version,
+                                        plugin.pass > 0 ? QStringLiteral("pass %1").arg(plugin.pass)
+                                                        : QStringLiteral("not ordered"))),
+                        plugin.pass > 0 ? QString() : red);
+        QStringList services = plugin.requiredServices + plugin.optionalRequiredServices;
+        services.removeDuplicates();
+        for (const QString& service : qAsConst(services)) {
+            const bool optional = !plugin.requiredServices.contains(service);
+            const QString style = optional ? QStringLiteral(", style=dashed") : QString();
+            QStringList providers = providersOf(report, service);
+            if (providers.isEmpty()) {
+                const QString node = QStringLiteral("missing: ") + service;
+                const QString colour
+                    = optional ? QStringLiteral(", color=gray, fontcolor=gray") : red;
+                if (!drawnMissing.contains(node)) {
+                    drawnMissing << node;
+                    missing
+                        += QStringLiteral("  %1 [label=%2, style=dashed%3];\n")
+                               .arg(quoted(node), quoted(service + "\nprovided by nobody"), colour);
+                }
+                edges += QStringLiteral("  %1 -> %2 [label=%3%4%5];\n")
+                             .arg(quoted(name), quoted(node), quoted(service), style, colour);
+                continue;
+            }
+            for (const QString& provider : qAsConst(providers)) {
+                const bool inCycle = cycleEdges.contains(name + '\n' + service + '\n' + provider);
+                edges += QStringLiteral("  %1 -> %2 [label=%3%4%5];\n")
+                             .arg(quoted(name), quoted(provider), quoted(service), style,
+                                  inCycle ? red : QString());
+            }
+        }
+    }
+    return QStringLiteral("digraph plugins {\n  rankdir=BT;\n  node [shape=box];\n") + nodes
+        + missing + edges + QStringLiteral("}\n");
+}
+
+int writeSvg(const QString& graph, const QString& file)
+{
+    const QString dot = QStandardPaths::findExecutable(QStringLiteral("dot"));
+    if (dot.isEmpty()) {
+        return fail(SvgError,
+                    QStringLiteral("cannot write '%1': Graphviz's 'dot' is not "
+                                   "installed (Debian package graphviz)")
+                        .arg(file));
+    }
+    QProcess process;
+    process.start(dot, {QStringLiteral("-Tsvg"), QStringLiteral("-o"), file});
+    process.write(graph.toUtf8());
+    process.closeWriteChannel();
+    if (!process.waitForFinished(60000) || process.exitStatus() != QProcess::NormalExit
+        || process.exitCode() != 0) {
+        process.kill();
+        return fail(
+            SvgError,
+            QStringLiteral("cannot write '%1': %2")
+                .arg(file, QString::fromLocal8Bit(process.readAllStandardError()).trimmed()));
+    }
+    return 0;
+}
+
+// The configuration file that a path names: the file itself, or in a folder the one of its
+// only application, as the runner would find it. Sets problem and code when there is none.
+QString configurationOf(const QString& path, QString& problem, int& code)
+{
+    if (!QFileInfo(path).isDir()) {
+        return path;
+    }
+    QStringList found;
+    const QDir folder(path);
+    for (const QFileInfo& file : folder.entryInfoList(QDir::Files | QDir::Executable, QDir::Name)) {
+        const QString configuration
+            = business::ConfigurationManager::getFilePath(file.absoluteFilePath(), {});
+        if (QFileInfo::exists(configuration)) {
+            found << configuration;
+        }
+    }
+    if (found.size() == 1) {
+        return found.first();
+    }
+    QStringList names;
+    for (const QString& file : qAsConst(found)) {
+        names << QFileInfo(file).fileName();
+    }
+    code = found.isEmpty() ? ConfigError : UsageError;
+    problem = found.isEmpty()
+        ? QStringLiteral("no application in '%1' (an executable with <its name>.xml beside it)")
+              .arg(path)
+        : QStringLiteral("'%1' holds several applications (%2): name the configuration file")
+              .arg(path, names.join(", "));
+    return QString();
+}
+
+// The library's and the plug-ins' log lines go to standard error when asked for, else nowhere.
+void setUpLogging(bool verbose)
+{
+    business::ManagerRegistry::instance()->registerManager(*business::LoggingManager::instance());
+    log4cplus::Logger root = log4cplus::Logger::getRoot();
+    if (verbose) {
+        log4cplus::SharedAppenderPtr console(new log4cplus::ConsoleAppender(true));
+        console->setLayout(std::make_unique<log4cplus::PatternLayout>("%-5p %c - %m%n"));
+        root.addAppender(console);
+        root.setLogLevel(log4cplus::DEBUG_LOG_LEVEL);
+    } else {
+        root.setLogLevel(log4cplus::OFF_LOG_LEVEL);
+    }
+    qInstallMessageHandler(corvane::logging::log4cxxMessageHandler);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("corvane-plugins"));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QString::fromLatin1(description));
+    parser.addHelpOption();
+    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("order or graph"));
+    parser.addPositionalArgument(QStringLiteral("configuration"),
+                                 QStringLiteral("the configuration file, or the application's "
+                                                "folder"));
+    const QCommandLineOption folderOption(
+        QStringLiteral("folder"),
+        QStringLiteral("The folder of the application and its plug-ins (default: the "
+                       "configuration's folder)."),
+        QStringLiteral("folder"));
+    const QCommandLineOption svgOption(QStringLiteral("svg"),
+                                       QStringLiteral("graph: render the graph to <file> with "
+                                                      "Graphviz's dot instead."),
+                                       QStringLiteral("file"));
+    const QCommandLineOption verboseOption(
+        QStringLiteral("verbose"),
+        QStringLiteral("Write the library's and the plug-ins' log lines to standard error."));
+    parser.addOptions({folderOption, svgOption, verboseOption});
+
+    QString usageProblem;
+    if (!parser.parse(QCoreApplication::arguments())) {
+        usageProblem = parser.errorText();
+    } else if (parser.isSet(QStringLiteral("help"))) {
+        parser.showHelp(0);
+    } else if (parser.positionalArguments().size() != 2
+               || !QStringList {"order", "graph"}.contains(parser.positionalArguments().at(0))) {
+        usageProblem = QStringLiteral("expected a command (order or graph) and a configuration");
+    } else if (parser.isSet(svgOption) && parser.positionalArguments().at(0) != "graph") {
+        usageProblem = QStringLiteral("--svg belongs to the graph command");
+    }
+    if (!usageProblem.isEmpty()) {
+        fail(UsageError, usageProblem);
+        std::fputs(qPrintable(parser.helpText()), stderr);
+        return UsageError;
+    }
+    const QString command = parser.positionalArguments().at(0);
+    const QString given = parser.positionalArguments().at(1);
+    const QString svg = parser.isSet(svgOption)
+        ? QFileInfo(parser.value(svgOption)).absoluteFilePath()
+        : QString();
+
+    QString problem;
+    int code = 0;
+    const QString configuration = configurationOf(given, problem, code);
+    if (configuration.isEmpty()) {
+        return fail(code, problem);
+    }
+    setUpLogging(parser.isSet(verboseOption));
+
+    // The runner's own reading, and its words when the file cannot be read.
+    const QString path = QFileInfo(configuration).absoluteFilePath();
+    QDomElement root;
+    const QString error = business::ConfigurationManager::getRootElement(path, root);
+    if (!error.isEmpty()) {
+        QTextStream(stderr) << "Error: " << error << '\n';
+        return ConfigError;
+    }
+    entities::ApplicationInformation information;
+    QList<entities::PluginConfiguration> plugins;
+    business::ConfigurationManager::readConfig(root, information, plugins);
+
+    Report report;
+    report.configuration = given;
+    report.folder = QDir::cleanPath(
+        QFileInfo(parser.isSet(folderOption) ? parser.value(folderOption) + "/" : path)
+            .absolutePath());
+
+    // Loaded as a start loads them: in the application's folder, with its managers there.
+    business::ManagerRegistry::instance()->registerManager(*business::ServiceManager::instance());
+    PluginManager* manager = PluginManager::instance();
+    business::ManagerRegistry::instance()->registerManager(*manager);
+    manager->setPluginFolder(report.folder);
+    manager->setPluginConfigurations(plugins);
+    QDir::setCurrent(report.folder);
+    int result = AllOrdered;
+    try {
+        manager->loadPlugins();
+        try {
+            manager->orderPlugins();
+        } catch (const exceptions::PluginManagerException&) {
+            // The left-over plug-ins are in the recorded result.
+        }
+        report.result = manager->getOrdering();
+        report.why = PluginOrder::explainLeftOver(manager->getOrderingInput(), report.result);
+        for (const QString& name : report.result.order + report.result.leftOver) {
+            report.details.insert(name, manager->getPluginDetails(name));
+        }
+        if (command == QLatin1String("order")) {
+            result = printOrder(report);
+        } else {
+            const QString graph = graphOf(report);
+            result = report.result.leftOver.isEmpty() ? AllOrdered : NotAllOrdered;
+            if (svg.isEmpty()) {
+                out() << graph;
+            } else if (writeSvg(graph, svg) != 0) {
+                result = SvgError;
+            } else {
+                out() << "Wrote the service graph of " << given << " to " << svg << ".\n";
+            }
+        }
+    } catch (const exceptions::BaseException& e) {
+        result = fail(NotAllOrdered, e.getReason());
+    }
+    out().flush();
+    try {
+        manager->unloadPlugins();
+    } catch (const exceptions::BaseException& e) {
+        fail(result, e.getReason());
+    }
+    return result;
+}
