@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds the library, examples and tests with AddressSanitizer and
 # UndefinedBehaviorSanitizer, and runs every test. Build folder: build/tests (override with
-# CORVANE_TEST_BUILD_DIR).
+# CORVANE_TEST_BUILD_DIR). Then runs every fuzzer briefly (tools/run-fuzzers.sh, build/fuzz):
+# CORVANE_FUZZ_SECONDS each, 10 by default.
 set -euo pipefail
 
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -16,5 +17,6 @@ cmake -S "$root" -B "$build" -G Ninja \
     -DCORVANE_BUILD_TESTS=ON \
     -DCORVANE_BUILD_BENCHMARKS=ON
 cmake --build "$build" -j2
-cd "$build"
-ctest --output-on-failure -j2
+(cd "$build" && ctest --output-on-failure -j2)
+
+bash "$root/tools/run-fuzzers.sh" "${CORVANE_FUZZ_SECONDS:-10}"
