@@ -2,7 +2,9 @@
 // stream written twice: in pieces of fuzzer-chosen sizes and in one write. Both deliveries must
 // yield the messages that the frame format gives (a big-endian qint32 length and that many
 // UTF-8 bytes, cut at the first zero byte; a length of 0 or less carries nothing; a length
-// above the maximum drops the connection), in order, and a closed peer must be let go.
+// above the maximum drops the connection), in order, and a closed peer must be let go. While the
+// pieces go out, a second connection sends its own frames in halves: neither may disturb the
+// other.
 
 #include "FuzzSupport.h"
 
@@ -84,24 +86,49 @@ int openConnections()
     return receiver->findChildren<QLocalSocket*>().size();
 }
 
-// Writes the pieces one after the other, each flushed and seen by the receiver on its own.
-QStringList deliver(const QList<QByteArray>& pieces, const QByteArray& stream,
-                    const Expected& expected)
+QByteArray frame(const QByteArray& payload)
 {
+    QByteArray bytes(4, '\0');
+    qToBigEndian<qint32>(payload.size(), bytes.data());
+    return bytes + payload;
+}
+
+// Writes the pieces one after the other, each flushed and seen by the receiver on its own.
+// With a neighbour, a second connection sends frames of its own between the pieces, each cut
+// in two, and both connections' messages must come through, each in its own order.
+QStringList deliver(const QList<QByteArray>& pieces, const QByteArray& stream,
+                    const Expected& expected, bool neighbour)
+{
+    static const QString mark = QStringLiteral("\x01\x02neighbour ");
     received.clear();
     auto client = std::make_unique<QLocalSocket>();
     client->connectToServer(serverName);
     CHECK(client->waitForConnected(5000), client->errorString());
+    std::unique_ptr<QLocalSocket> other;
+    QStringList otherMessages;
+    if (neighbour) {
+        other = std::make_unique<QLocalSocket>();
+        other->connectToServer(serverName);
+        CHECK(other->waitForConnected(5000), other->errorString());
+    }
     for (const QByteArray& piece : pieces) {
-        if (client->state() != QLocalSocket::ConnectedState) {
-            break; // dropped: the rest has nowhere to go
+        if (other) {
+            otherMessages << mark + QString::number(otherMessages.size());
+            const QByteArray bytes = frame(otherMessages.last().toUtf8());
+            other->write(bytes.left(3));
+            other->flush();
+            pump();
+            other->write(bytes.mid(3));
+            other->flush();
         }
-        client->write(piece);
-        client->flush();
+        if (client->state() == QLocalSocket::ConnectedState) { // else dropped: nowhere to go
+            client->write(piece);
+            client->flush();
+        }
         pump();
     }
     pumpUntil([&] { return client->bytesToWrite() == 0 || !client->isOpen(); });
-    pumpUntil([&] { return received.size() >= expected.messages.size(); });
+    pumpUntil([&] { return received.size() >= expected.messages.size() + otherMessages.size(); });
     for (int i = 0; i < 3; ++i) {
         pump(); // anything beyond the expected messages would show now
     }
@@ -109,12 +136,20 @@ QStringList deliver(const QList<QByteArray>& pieces, const QByteArray& stream,
         CHECK(pumpUntil([&] { return client->state() == QLocalSocket::UnconnectedState; }),
               "a frame longer than the maximum did not drop the connection: " + fuzz::show(stream));
     }
+    QStringList own;
+    QStringList neighbours;
+    for (const QString& message : qAsConst(received)) {
+        (message.startsWith(mark) ? neighbours : own) << message;
+    }
+    CHECK(neighbours == otherMessages,
+          "the neighbour's messages " + fuzz::show(neighbours) + " beside " + fuzz::show(stream));
     client->abort();
     client.reset();
+    other.reset();
     CHECK(pumpUntil([] { return openConnections() == 0; }),
           QStringLiteral("the receiver kept %1 connection(s) of closed peers")
               .arg(openConnections()));
-    return received;
+    return own;
 }
 
 } // namespace
@@ -151,11 +186,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         position += length;
     }
 
-    const QStringList inPieces = deliver(pieces, stream, expected);
+    const bool neighbour = !stream.contains("\x01\x02neighbour"); // else its messages mix
+    const QStringList inPieces = deliver(pieces, stream, expected, neighbour);
     CHECK(inPieces == expected.messages,
           "stream " + fuzz::show(stream) + " in pieces gave " + fuzz::show(inPieces) + ", expected "
               + fuzz::show(expected.messages));
-    const QStringList whole = deliver({stream}, stream, expected);
+    const QStringList whole = deliver({stream}, stream, expected, false);
     CHECK(whole == expected.messages,
           "stream " + fuzz::show(stream) + " in one write gave " + fuzz::show(whole) + ", expected "
               + fuzz::show(expected.messages));

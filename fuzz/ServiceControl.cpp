@@ -2,7 +2,8 @@
 // real connection. One request per line: every complete line is answered once, in order, with
 // "ok" or "unknown"; "status", "stop", "pause", "resume" and "command <number>" are "ok" and
 // raise their signal (status none); a line naming none of them is "unknown" and raises nothing;
-// how the pieces fall changes nothing.
+// how the pieces fall changes nothing, and neither does a second connection asking for the
+// status at the same time.
 
 #include "FuzzSupport.h"
 
@@ -121,12 +122,22 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     QLocalSocket client;
     client.connectToServer(socketPath);
     CHECK(client.waitForConnected(5000), client.errorString());
+    // A second connection asks for the status between the pieces, each request in two halves.
+    QLocalSocket neighbour;
+    neighbour.connectToServer(socketPath);
+    CHECK(neighbour.waitForConnected(5000), neighbour.errorString());
+    int statusRequests = 0;
     QRandomGenerator random(seed);
     for (int position = 0; position < stream.size();) {
+        neighbour.write("sta");
+        neighbour.flush();
         const int length = 1 + int(random.bounded(quint32(largestPiece)));
         client.write(stream.mid(position, length));
         client.flush();
         pump();
+        neighbour.write("tus\n");
+        neighbour.flush();
+        ++statusRequests;
         position += length;
     }
     QByteArray answers;
@@ -162,7 +173,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         CHECK(events.size() <= okAnswers,
               "more signals than \"ok\" answers: " + fuzz::show(events));
     }
+    QByteArray neighbourAnswers;
+    pumpUntil([&] {
+        neighbourAnswers += neighbour.readAll();
+        return neighbourAnswers.count('\n') >= statusRequests;
+    });
+    CHECK(neighbourAnswers == QByteArray("ok\n").repeated(statusRequests),
+          QStringLiteral("%1 status request(s) beside ").arg(statusRequests) + fuzz::show(stream)
+              + " got " + fuzz::show(neighbourAnswers));
     client.abort();
+    neighbour.abort();
     pump();
     return 0;
 }

@@ -1,15 +1,17 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds the libFuzzer harnesses of fuzz/ with clang, AddressSanitizer
 # and UndefinedBehaviorSanitizer (build folder build/fuzz, or CORVANE_FUZZ_BUILD_DIR), and runs
-# each in turn for the given number of seconds (default 30), one process at a time. Each starts
-# from its seeds in fuzz/corpus/<harness>; what it learns and what it finds stay in the build
-# folder (corpus/, findings/, logs/). Exits non-zero when any harness found something.
+# each in turn for the given number of seconds (default 30; 0 only builds), one process at a
+# time. Each starts from its seeds in fuzz/corpus/<harness>; what it learns and what it finds
+# stay in the build folder (corpus/, findings/, logs/). Exits non-zero when any harness found
+# something.
 set -euo pipefail
 
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build="${CORVANE_FUZZ_BUILD_DIR:-$root/build/fuzz}"
 seconds="${1:-30}"
-harnesses=(LocalSocketMessages Configuration Environment FileSignature FilterProcessor ServiceControl)
+# CORVANE_FUZZERS="Configuration Environment" runs only those.
+read -r -a harnesses <<< "${CORVANE_FUZZERS:-LocalSocketMessages Configuration Environment FileSignature FilterProcessor ServiceControl}"
 # Configurations nested deeper than the XML parser's stack allows are not what this looks for;
 # signatures need inputs of more than four 1024-byte blocks.
 declare -A options=([Configuration]="-max_len=4096" [FileSignature]="-max_len=5000")
@@ -25,6 +27,9 @@ cmake -S "$root" -B "$build" -G Ninja \
     -DCORVANE_BUILD_EXAMPLES=OFF \
     -DCORVANE_BUILD_FUZZERS=ON > /dev/null
 cmake --build "$build" -j2 --target "${harnesses[@]/#/fuzz_}"
+if [ "$seconds" -le 0 ]; then
+    exit 0
+fi
 
 export QT_QPA_PLATFORM=offscreen
 export ASAN_OPTIONS=detect_leaks=1:check_initialization_order=1
