@@ -13,8 +13,8 @@ seconds="${1:-30}"
 # CORVANE_FUZZERS="Configuration Environment" runs only those.
 read -r -a harnesses <<< "${CORVANE_FUZZERS:-LocalSocketMessages Configuration Environment FileSignature FilterProcessor ServiceControl}"
 # Configurations nested deeper than the XML parser's stack allows are not what this looks for;
-# signatures need inputs of more than four 1024-byte blocks.
-declare -A options=([Configuration]="-max_len=4096" [FileSignature]="-max_len=5000")
+# signatures need inputs of several 1024-byte blocks from the start.
+declare -A options=([Configuration]="-max_len=4096" [FileSignature]="-max_len=5000 -len_control=0")
 
 bash "$root/tools/install-dependencies.sh"
 
