@@ -1,8 +1,4 @@
-// Helper process for the timer proxy's test: deletes a running timer proxy at an awkward moment
-// and lets the event loop go on for a while. "synchronous": a repeating synchronous proxy of
-// the main thread is deleted from another thread. "asynchronous": a single-shot asynchronous
-// proxy deletes itself in its own timeout(). Prints "deleted" once the proxy is gone and
-// "clean end" when the event loop has ended; exit code 3 if the deletion never happened.
+// Deletes a running timer proxy from another thread ("synchronous") or in its own timeout().
 
 #include "QtProxies/TimerProxy.h"
 
@@ -10,56 +6,36 @@
 #include <QThread>
 #include <QTimer>
 
-#include <atomic>
 #include <cstdio>
-#include <cstring>
 
 using corvane::base::core::TimerProxy;
 
 int main(int argc, char** argv)
 {
     QCoreApplication application(argc, argv);
-    if (argc != 2) {
-        return 2;
-    }
+    const bool synchronous = argc > 1 && QByteArray(argv[1]) == "synchronous";
+    TimerProxy* timer = synchronous ? TimerProxy::createSynchronousTimer()
+                                    : TimerProxy::createAsynchronousTimer();
     std::atomic<bool> deleted {false};
-    // Once the proxy is gone the event loop runs on for many of its intervals, then ends.
-    const auto endSoon = [&] {
+    const auto deleteTimer = [&] {
+        delete timer;
         deleted = true;
         std::puts("deleted");
-        std::fflush(stdout);
         QMetaObject::invokeMethod(
-            &application, [&] { QTimer::singleShot(300, &application, &QCoreApplication::quit); },
-            Qt::QueuedConnection);
+            &application, [&] { QTimer::singleShot(300, &application, &QCoreApplication::quit); });
     };
     QTimer::singleShot(20000, &application, &QCoreApplication::quit);
-
-    QThread* deleter = nullptr;
-    if (std::strcmp(argv[1], "synchronous") == 0) {
-        TimerProxy* timer = TimerProxy::createSynchronousTimer();
-        timer->start(10);
-        deleter = QThread::create([timer, &endSoon] {
-            delete timer;
-            endSoon();
-        });
+    std::unique_ptr<QThread> deleter(QThread::create(deleteTimer));
+    timer->setSingleShot(!synchronous);
+    if (!synchronous) {
+        QObject::connect(timer, &TimerProxy::timeout, timer, deleteTimer, Qt::DirectConnection);
+    }
+    timer->start(10);
+    if (synchronous) {
         deleter->start();
-    } else {
-        TimerProxy* timer = TimerProxy::createAsynchronousTimer();
-        timer->setSingleShot(true);
-        QObject::connect(
-            timer, &TimerProxy::timeout, timer,
-            [timer, &endSoon] {
-                delete timer;
-                endSoon();
-            },
-            Qt::DirectConnection);
-        timer->start(10);
     }
     application.exec();
-    if (deleter) {
-        deleter->wait(20000);
-        delete deleter;
-    }
+    deleter->wait(20000);
     std::puts("clean end");
     return deleted ? 0 : 3;
 }

@@ -1,147 +1,135 @@
+#include "QtProxies/FileProxyFactory.h"
+#include "QtProxies/IFileProxy.h"
+#include "QtProxies/IProcessProxy.h"
+#include "QtProxies/ProcessProxyFactory.h"
 #include "QtProxies/TimerProxy.h"
+#include "Utility/OnThreadExecutor.h"
 
 #include "HelperProcess.h"
+#include "TestFiles.h"
 
 #include <QtTest>
 
-#include <atomic>
-#include <memory>
-
-using corvane::base::core::TimerProxy;
+using namespace corvane::base::core;
+using corvane::base::core::utility::OnThreadExecutor;
 
 class tst_TimerProxy : public QObject
 {
     Q_OBJECT
 
+    QThread target; // the executor's
+
 private slots:
-    void synchronousTimerFiresOnTheCreatingThread();
-    void asynchronousTimerFiresOnItsOwnThread();
-    void stopAndDestructionJoinTheThread();
-    void invalidConstructionIsReported_data();
-    void invalidConstructionIsReported();
-    void deletionAtAnAwkwardMomentIsClean_data();
-    void deletionAtAnAwkwardMomentIsClean();
+    void initTestCase()
+    {
+        QLoggingCategory::setFilterRules("default.debug=false"); // the executor traces each step
+        target.start();
+    }
+    void cleanupTestCase()
+    {
+        target.quit();
+        QVERIFY(target.wait(60000));
+    }
+
+    // An asynchronous timer fires on its own thread, which stop() and destruction end.
+    void firesOnItsThread()
+    {
+        for (const bool asynchronous : {false, true}) {
+            std::atomic<int> timeouts {0};
+            std::atomic<QThread*> firedOn {nullptr};
+            std::unique_ptr<TimerProxy> timer(asynchronous ? TimerProxy::createAsynchronousTimer()
+                                                           : TimerProxy::createSynchronousTimer());
+            const auto record = [&] {
+                ++timeouts, firedOn = QThread::currentThread();
+            };
+            connect(timer.get(), &TimerProxy::timeout, this, record, Qt::DirectConnection);
+            timer->setInterval(5);
+            timer->start();
+            QTRY_VERIFY_WITH_TIMEOUT(timeouts >= 2 && timer->isActive(), 5000);
+            timer->stop();
+            QCOMPARE(firedOn.load() == QThread::currentThread(), !asynchronous);
+            QCOMPARE(firedOn.load()->isFinished(), asynchronous);
+            const int stopped = timeouts;
+            timer->setSingleShot(true);
+            timer->start(5);
+            QTRY_COMPARE_WITH_TIMEOUT(int(timeouts), stopped + 1, 5000);
+            timer->start(5);
+            QSignalSpy finished(firedOn.load(), &QThread::finished);
+            timer.reset(); // while running: stops the timer and joins the thread first
+            QCOMPARE(finished.count(), int(asynchronous));
+        }
+    }
+
+    // A running proxy deleted at an awkward moment, in a helper process that must end cleanly.
+    void deletionAtAnAwkwardMomentIsClean()
+    {
+        for (const QString scenario : {"synchronous", "asynchronous"}) {
+            const HelperRun run
+                = runHelper(QCoreApplication::applicationDirPath() + "/TimerDeleter", {scenario});
+            QVERIFY2(run.exitedCleanly(), qPrintable(run.report()));
+            QCOMPARE(run.out, QByteArray("deleted\nclean end\n"));
+        }
+    }
+
+    // A file copied, renamed and linked through a proxy reads back as lines.
+    void fileProxy()
+    {
+        QTemporaryDir folder;
+        QObject parent;
+        writeFile(folder.filePath("a"), "a\r\n\nb");
+        IFileProxy* file = FileProxyFactory::createFileProxy(folder.filePath("a"), &parent);
+        QVERIFY(file->copy(folder.filePath("b")) && file->rename(folder.filePath("c")));
+        QVERIFY(file->link(folder.filePath("d"))
+                && file->open(QIODevice::ReadOnly | QIODevice::Text));
+        QCOMPARE(file->readLines(), QStringList({"a", "", "b"}));
+        QVERIFY(file->remove() && !file->exists() && file->write("x") == -1);
+    }
+
+    // The process's signals arrive through the proxy: states and start in order, output, end.
+    void processSignalsAreRelayed()
+    {
+        std::unique_ptr<IProcessProxy> owner(ProcessProxyFactory::createProcessProxy(nullptr));
+        IProcessProxy* process = owner.get();
+        QStringList seen;
+        connect(process, &IProcessProxy::started, [&] { seen << "started"; });
+        connect(process, &IProcessProxy::readyReadStandardOutput, [&] { seen << "out"; });
+        connect(process, &IProcessProxy::readyReadStandardError, [&] { seen << "err"; });
+        connect(process, &IProcessProxy::stateChanged, [&](int v) { seen << QString::number(v); });
+        connect(process, &IProcessProxy::finished, [&](int v) { seen << QString::number(v); });
+        connect(process, &IProcessProxy::errorOccurred, [&] { seen << "error"; });
+        process->start("sh", {"-c", "echo out; echo err >&2; exit 3"});
+        QTRY_VERIFY_WITH_TIMEOUT(seen.contains("3"), 30000);
+        process->start("/nonexistent/program", QStringList());
+        QTRY_VERIFY_WITH_TIMEOUT(seen.contains("error"), 30000);
+        QVERIFY(seen.removeAll("out") > 0 && seen.removeAll("err") > 0);
+        QCOMPARE(seen.join(' '), "1 2 started 0 3 1 0 error");
+    }
+
+    // Runs on the target thread; what it throws there is thrown again here, once.
+    void executorRunsThereAndHandsBackExceptions()
+    {
+        QList<QThread*> ranOn;
+        const auto run = [&] {
+            ranOn << QThread::currentThread();
+            if (ranOn.size() == 1) {
+                throw std::runtime_error("broken on the target");
+            }
+        };
+        OnThreadExecutor executor(run, &target);
+        QVERIFY_EXCEPTION_THROWN(executor.execute(), std::runtime_error);
+        executor.execute();
+        QCOMPARE(ranOn, QList<QThread*>({&target, &target}));
+        QVERIFY_EXCEPTION_THROWN(OnThreadExecutor([] { throw 42; }, &target).execute(), int);
+        OnThreadExecutor empty(std::function<void()>(), &target);
+        QSignalSpy handedOver(&empty, &OnThreadExecutor::signalExecute);
+        QVERIFY_EXCEPTION_THROWN(empty.execute(), std::bad_function_call);
+        QCOMPARE(handedOver.count(), 1);
+        // The target's event loop is busy with the outer call: only a direct call can finish.
+        OnThreadExecutor inner([&] { ranOn.clear(); }, &target);
+        OnThreadExecutor([&] { inner.execute(); }, &target).execute();
+        QVERIFY(ranOn.isEmpty());
+    }
 };
-
-void tst_TimerProxy::synchronousTimerFiresOnTheCreatingThread()
-{
-    std::unique_ptr<TimerProxy> timer(TimerProxy::createSynchronousTimer());
-    QThread* firedOn = nullptr;
-    connect(
-        timer.get(), &TimerProxy::timeout, this, [&] { firedOn = QThread::currentThread(); },
-        Qt::DirectConnection);
-    timer->setSingleShot(true);
-    QVERIFY(timer->isSingleShot());
-    QSignalSpy timeouts(timer.get(), &TimerProxy::timeout);
-    timer->start(10);
-    QVERIFY(timer->isActive());
-    QVERIFY(timeouts.wait(5000));
-    QCOMPARE(firedOn, QThread::currentThread());
-
-    timer->start(10000);
-    timer->stop();
-    QVERIFY(!timer->isActive());
-}
-
-// The timer of an asynchronous proxy fires on its own thread: what it records is written there
-// and read here, so through atomics, and the timer is stopped before they go away.
-void tst_TimerProxy::asynchronousTimerFiresOnItsOwnThread()
-{
-    std::atomic<int> timeouts {0};
-    std::atomic<QThread*> firedOn {nullptr};
-    std::unique_ptr<TimerProxy> timer(TimerProxy::createAsynchronousTimer());
-    connect(
-        timer.get(), &TimerProxy::timeout, this,
-        [&] {
-            firedOn = QThread::currentThread();
-            ++timeouts;
-        },
-        Qt::DirectConnection);
-    timer->setInterval(10);
-    timer->start();
-    QVERIFY(timer->isActive());
-    QTRY_VERIFY_WITH_TIMEOUT(timeouts >= 2, 5000);
-    timer.reset();
-    QVERIFY(firedOn.load() != nullptr);
-    QVERIFY(firedOn.load() != QThread::currentThread());
-}
-
-void tst_TimerProxy::stopAndDestructionJoinTheThread()
-{
-    std::atomic<int> timeouts {0};
-    std::atomic<QThread*> thread {nullptr};
-    std::unique_ptr<TimerProxy> timer(TimerProxy::createAsynchronousTimer());
-    connect(
-        timer.get(), &TimerProxy::timeout, this,
-        [&] {
-            thread = QThread::currentThread();
-            ++timeouts;
-        },
-        Qt::DirectConnection);
-    timer->start(5);
-    QTRY_VERIFY_WITH_TIMEOUT(thread.load() != nullptr, 5000);
-    timer->stop();
-    QVERIFY(thread.load()->isFinished());
-    QVERIFY(!timer->isActive());
-    const int afterStop = timeouts;
-    QCOMPARE(int(timeouts), afterStop); // nothing fires once stopped
-
-    timer->start(5); // a later start starts the thread again
-    QTRY_VERIFY_WITH_TIMEOUT(timeouts > afterStop, 5000);
-
-    QSignalSpy finished(thread.load(), &QThread::finished);
-    timer.reset(); // destroyed while running: stops the timer and joins the thread
-    QCOMPARE(finished.count(), 1);
-}
-
-void tst_TimerProxy::invalidConstructionIsReported_data()
-{
-    QTest::addColumn<int>("variant");
-    QTest::addColumn<QString>("assertion");
-    QTest::newRow("no timer") << 0 << "timer_";
-    QTest::newRow("timer not a child of the thread")
-        << 1 << "!thread_ || timer_->parent() == thread_";
-    QTest::newRow("thread with a parent") << 2 << "!thread_ || !thread_->parent()";
-}
-
-void tst_TimerProxy::invalidConstructionIsReported()
-{
-    QFETCH(int, variant);
-    QFETCH(QString, assertion);
-    QObject owner;
-    // The proxy deletes the thread it is given (and so a timer that is its child).
-    QThread* thread = variant == 0 ? nullptr : new QThread(variant == 2 ? &owner : nullptr);
-    std::unique_ptr<QTimer> strayTimer(variant == 1 ? new QTimer : nullptr);
-    QTimer* timer = variant == 0 ? nullptr : variant == 1 ? strayTimer.get() : new QTimer(thread);
-
-    QTest::ignoreMessage(
-        QtCriticalMsg,
-        QRegularExpression(QStringLiteral("^ASSERT: \"%1\" in file "
-                                          "Core/src/QtProxies/TimerProxy.cpp, line \\d+$")
-                               .arg(QRegularExpression::escape(assertion))));
-    TimerProxy proxy(timer, thread);
-    QVERIFY(!proxy.isActive());
-}
-
-// A running proxy deleted from another thread, or from inside its own timeout(), as a one-shot
-// timer that deletes itself does: the process goes on and ends cleanly.
-void tst_TimerProxy::deletionAtAnAwkwardMomentIsClean_data()
-{
-    QTest::addColumn<QString>("scenario");
-    QTest::newRow("synchronous, deleted from another thread") << "synchronous";
-    QTest::newRow("asynchronous, deleted in its own timeout") << "asynchronous";
-}
-
-void tst_TimerProxy::deletionAtAnAwkwardMomentIsClean()
-{
-    QFETCH(QString, scenario);
-    const HelperRun run
-        = runHelper(QCoreApplication::applicationDirPath() + "/TimerDeleter", {scenario});
-    QVERIFY2(run.exitedCleanly(), qPrintable(run.report()));
-    QCOMPARE(run.out, QByteArray("deleted\nclean end\n"));
-    QVERIFY2(!run.err.contains("QThread: Destroyed while thread is still running"),
-             qPrintable(run.report()));
-}
 
 QTEST_MAIN(tst_TimerProxy)
 #include "tst_TimerProxy.moc"

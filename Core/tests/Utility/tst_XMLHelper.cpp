@@ -1,126 +1,93 @@
+#include "Utility/SystemEnvironment.h"
 #include "Utility/XMLHelper.h"
+
+#include "Exceptions/InvalidArgumentException.h"
 
 #include <QDomDocument>
 #include <QtTest>
 
-using corvane::base::core::utility::XMLHelper;
+using namespace corvane::base::core::utility;
 
-namespace {
-
-QDomElement parse(QDomDocument& document, const QString& children)
-{
-    document.setContent(QStringLiteral("<configuration>%1</configuration>").arg(children));
-    return document.documentElement();
-}
-
-} // namespace
-
+// The XML readers and the expansion of environment variables.
 class tst_XMLHelper : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void readInt_data();
-    void readInt();
-    void readBool_data();
-    void readBool();
-    void readString_data();
-    void readString();
-    void nullOutputIsRejected();
-};
-
-void tst_XMLHelper::readInt_data()
-{
-    QTest::addColumn<QString>("children");
-    QTest::addColumn<bool>("accepted");
-    QTest::addColumn<int>("value");
-
-    QTest::newRow("number") << "<port>8080</port>" << true << 8080;
-    QTest::newRow("negative") << "<port>-12</port>" << true << -12;
-    QTest::newRow("plus sign") << "<port>+5</port>" << true << 5;
-    QTest::newRow("trailing letters") << "<port>12abc</port>" << false << 99;
-    QTest::newRow("hexadecimal") << "<port>0x10</port>" << false << 99;
-    QTest::newRow("empty") << "<port/>" << false << 99;
-    QTest::newRow("too large") << "<port>4294967296</port>" << false << 99;
-    QTest::newRow("missing") << "<other>1</other>" << false << 99;
-    QTest::newRow("tag is case-sensitive") << "<Port>1</Port>" << false << 99;
-    QTest::newRow("first of two") << "<port>1</port><port>2</port>" << true << 1;
-    QTest::newRow("nested text joined") << "<port><a>1</a><b>2</b></port>" << true << 12;
-}
-
-void tst_XMLHelper::readInt()
-{
-    QFETCH(QString, children);
-    QFETCH(bool, accepted);
-    QFETCH(int, value);
-    QDomDocument document;
-    int out = 99;
-    QCOMPARE(XMLHelper::readIntFromXML(parse(document, children), QStringLiteral("port"), &out),
-             accepted);
-    QCOMPARE(out, value);
-}
-
-void tst_XMLHelper::readBool_data()
-{
-    QTest::addColumn<QString>("children");
-    QTest::addColumn<bool>("accepted");
-    QTest::addColumn<int>("value"); // -1: left untouched
-
-    QTest::newRow("true") << "<flag>true</flag>" << true << 1;
-    QTest::newRow("TRUE") << "<flag>TRUE</flag>" << true << 1;
-    QTest::newRow("False") << "<flag>False</flag>" << true << 0;
-    QTest::newRow("leading blank") << "<flag> true</flag>" << false << -1;
-    QTest::newRow("1") << "<flag>1</flag>" << false << -1;
-    QTest::newRow("yes") << "<flag>yes</flag>" << false << -1;
-    QTest::newRow("missing") << "" << false << -1;
-}
-
-void tst_XMLHelper::readBool()
-{
-    QFETCH(QString, children);
-    QFETCH(bool, accepted);
-    QFETCH(int, value);
-    QDomDocument document;
-    const QDomElement parent = parse(document, children);
-    for (bool initial : {false, true}) {
-        bool out = initial;
-        QCOMPARE(XMLHelper::readBoolFromXML(parent, QStringLiteral("flag"), &out), accepted);
-        QCOMPARE(out, value == -1 ? initial : value == 1);
+    // What the int, bool and string reader make of the element "v"; "-" where they refuse it
+    // and leave the output as it was.
+    void read_data()
+    {
+        QTest::addColumn<QString>("children");
+        QTest::addColumn<QStringList>("read");
+        QTest::newRow("first of two") << "<v>-12</v><v>1</v>" << QStringList {"-12", "-", "-12"};
+        QTest::newRow("trailing letters") << "<v>12abc</v>" << QStringList {"-", "-", "12abc"};
+        QTest::newRow("TRUE") << "<v>TRUE</v>" << QStringList {"-", "true", "TRUE"};
+        QTest::newRow("False") << "<v>False</v>" << QStringList {"-", "false", "False"};
+        QTest::newRow("leading blank") << "<v> true</v>" << QStringList {"-", "-", " true"};
+        QTest::newRow("empty") << "<v/>" << QStringList {"-", "-", ""};
     }
-}
+    void read()
+    {
+        QFETCH(QString, children);
+        QDomDocument document;
+        document.setContent("<c>" + children + "</c>");
+        const QDomElement parent = document.documentElement();
+        int integer = 99;
+        bool booleans[] = {false, true}; // so that any write shows
+        QString text = "-";
+        const bool readInt = XMLHelper::readIntFromXML(parent, "v", &integer);
+        const bool readBool = XMLHelper::readBoolFromXML(parent, "v", &booleans[0])
+            & XMLHelper::readBoolFromXML(parent, "v", &booleans[1]);
+        const bool readString = XMLHelper::readStringFromXML(parent, "v", &text);
+        QCOMPARE(QList<bool>({readInt, readBool, readString}),
+                 QList<bool>({integer != 99, booleans[0] == booleans[1], text != "-"}));
+        QTEST(QStringList({readInt ? QString::number(integer) : "-",
+                           readBool ? (booleans[0] ? "true" : "false") : "-", text}),
+              "read");
+        QVERIFY(!XMLHelper::readIntFromXML(parent, "v", nullptr) // null outputs are refused
+                && !XMLHelper::readBoolFromXML(parent, "v", nullptr)
+                && !XMLHelper::readStringFromXML(parent, "v", nullptr));
+    }
 
-void tst_XMLHelper::readString_data()
-{
-    QTest::addColumn<QString>("children");
-    QTest::addColumn<bool>("accepted");
-    QTest::addColumn<QString>("value");
-
-    QTest::newRow("text") << "<name> Größe ✓ </name>" << true << " Größe ✓ ";
-    QTest::newRow("empty element") << "<name/>" << true << "";
-    QTest::newRow("missing") << "<names>x</names>" << false << "untouched";
-}
-
-void tst_XMLHelper::readString()
-{
-    QFETCH(QString, children);
-    QFETCH(bool, accepted);
-    QFETCH(QString, value);
-    QDomDocument document;
-    QString out = QStringLiteral("untouched");
-    QCOMPARE(XMLHelper::readStringFromXML(parse(document, children), QStringLiteral("name"), &out),
-             accepted);
-    QCOMPARE(out, value);
-}
-
-void tst_XMLHelper::nullOutputIsRejected()
-{
-    QDomDocument document;
-    const QDomElement parent = parse(document, QStringLiteral("<a>1</a>"));
-    QVERIFY(!XMLHelper::readIntFromXML(parent, QStringLiteral("a"), nullptr));
-    QVERIFY(!XMLHelper::readBoolFromXML(parent, QStringLiteral("a"), nullptr));
-    QVERIFY(!XMLHelper::readStringFromXML(parent, QStringLiteral("a"), nullptr));
-    QVERIFY(!XMLHelper::readStringFromXML(QDomElement(), QStringLiteral("a"), nullptr));
-}
+    // Environment (NAME=value;...), text, and its expansion or "!" and the reason of the throw.
+    void expand_data()
+    {
+        const QString many = QString("${CT_A}").repeated(3000);
+        QTest::addColumn<QStringList>("row");
+        QTest::newRow("two") << QStringList {"CT_A=/h;CT_B=ada", "${CT_A}/${CT_B}.log",
+                                             "/h/ada.log"};
+        QTest::newRow("5000") << QStringList {"CT_A=/h", QString("${CT_A},").repeated(5000),
+                                              QString("/h,").repeated(5000)};
+        QTest::newRow("last tried first")
+            << QStringList {"", "${CT_A}/${CT_B}", "!'CT_B' is not set"};
+        QTest::newRow("self") << QStringList {"CT_C=x${CT_C}", "${CT_C}",
+                                              "!'CT_C' refers to itself"};
+        QTest::newRow("each other")
+            << QStringList {"CT_C=${CT_D};CT_D=${CT_C}", "${CT_C}", "!'CT_C' refers to itself"};
+        QTest::newRow("cycle behind 3000")
+            << QStringList {"CT_A=/h;CT_C=${CT_D};CT_D=${CT_B};CT_B=x${CT_C}", "${CT_C}" + many,
+                            "!'CT_C' refers to itself"};
+        QTest::newRow("unset behind 3000")
+            << QStringList {"CT_A=/h", "${CT_B}" + many, "!'CT_B' is not set"};
+    }
+    void expand()
+    {
+        QFETCH(QStringList, row);
+        for (const char* name : {"CT_A", "CT_B", "CT_C", "CT_D"}) {
+            qunsetenv(name);
+        }
+        for (const QString& pair : row[0].split(';', Qt::SkipEmptyParts)) {
+            qputenv(pair.section('=', 0, 0).toUtf8().constData(), pair.section('=', 1).toUtf8());
+        }
+        try {
+            QCOMPARE(SystemEnvironment::expandEnvironmentVariables(row[1]), row[2]);
+        } catch (const corvane::base::exceptions::InvalidArgumentException& e) {
+            QCOMPARE(QString(e.what()).remove("Core/src/Utility/SystemEnvironment.cpp::"),
+                     "expandEnvironmentVariables Environment variable " + row[2].mid(1));
+        }
+    }
+};
 
 QTEST_MAIN(tst_XMLHelper)
 #include "tst_XMLHelper.moc"
