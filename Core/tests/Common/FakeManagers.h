@@ -1,75 +1,43 @@
 #pragma once
 
-// Minimal managers for tests that only need objects of the right interface types.
+// Managers of the right interface types that do nothing; the text of a failure.
 
+#include "Exceptions/BaseException.h"
 #include "Interfaces/IConfigurationManager.h"
 #include "Interfaces/ILoggingManager.h"
 #include "Interfaces/IPluginManager.h"
-#include "Interfaces/IServiceManager.h"
-#include "Interfaces/IStartUpManager.h"
 
 #include <QRegularExpression>
 
 namespace fakes {
 
 using namespace corvane::base::interfaces;
-using corvane::base::entities::ApplicationInformation;
-using corvane::base::entities::PluginConfiguration;
+using namespace corvane::base::entities;
 using corvane::base::exceptions::BaseException;
 
-// The IManager part every fake shares; getName counts how often it was asked.
-#define FAKE_MANAGER_BODY(Name)                                                                    \
-    void initialize() override { }                                                                 \
-    void deinitialize() override { }                                                               \
-    void getName(QString& name) override                                                           \
-    {                                                                                              \
-        ++nameRequests;                                                                            \
-        name = QStringLiteral(Name);                                                               \
-    }                                                                                              \
-    void getVersion(QString& version) override                                                     \
-    {                                                                                              \
-        version = QStringLiteral("1.0.0");                                                         \
-    }                                                                                              \
-    int nameRequests = 0;
-
-class PlainManager : public IManager
+// The IManager part of every fake; getName counts how often it is asked.
+template <typename Interface>
+class Fake : public Interface
 {
 public:
-    FAKE_MANAGER_BODY("PlainManager")
+    void initialize() override { }
+    void deinitialize() override { }
+    void getName(QString& name) override { name = QStringLiteral("Fake %1").arg(++nameRequests); }
+    void getVersion(QString& version) override { version = QStringLiteral("1.0.0"); }
+    int nameRequests = 0;
 };
 
-class ConfigurationManager : public IConfigurationManager
+class ConfigurationManager : public Fake<IConfigurationManager>
 {
 public:
-    FAKE_MANAGER_BODY("ConfigurationManager")
     void getPluginConfiguration(QList<PluginConfiguration>&) override { }
     void getApplicationInformation(ApplicationInformation&) override { }
     void checkConfigurationFileSignature() const override { }
 };
 
-class StartUpManager : public IStartUpManager
+class PluginManager : public Fake<IPluginManager>
 {
 public:
-    FAKE_MANAGER_BODY("StartUpManager")
-    void initManagers() override { }
-};
-
-class ServiceManager : public IServiceManager
-{
-public:
-    FAKE_MANAGER_BODY("ServiceManager")
-    void registerService(IService&) override { }
-    void unregisterService(QString&) override { }
-    IService* getService(const QString&) override { return nullptr; }
-    void getServicesByInterface(const QString&, QStringList&) override { }
-    void getAvailableServices(QStringList&) override { }
-    bool isServiceAvailable(const QString&) override { return false; }
-};
-
-class PluginManager : public IPluginManager
-{
-public:
-    FAKE_MANAGER_BODY("PluginManager")
     void initializePlugin(const QString&) override { }
     void deinitializePlugin(const QString&) override { }
     bool isLoaded(const QString&) override { return false; }
@@ -81,10 +49,15 @@ public:
     void deinitializePluginsForTasks(const QStringList&) override { }
 };
 
-class LoggingManager : public ILoggingManager
+class ConfigurationAndPluginManager : public ConfigurationManager, public PluginManager
 {
 public:
-    FAKE_MANAGER_BODY("LoggingManager")
+    IManager& asManager() { return static_cast<ConfigurationManager&>(*this); }
+};
+
+class LoggingManager : public Fake<ILoggingManager>
+{
+public:
     bool isLoglevelSet(const QObject*, Loglevel) override { return true; }
     bool isLoglevelSet(const QString&, Loglevel) override { return true; }
     void logException(const QObject*, const BaseException&) override { }
@@ -107,48 +80,29 @@ public:
     void changeLoglevel(const QObject*, Loglevel) override { }
 };
 
-#undef FAKE_MANAGER_BODY
-
-} // namespace fakes
-
-namespace fakes {
-
-// One object that is both a configuration and a plug-in manager (two QObject bases, so it is
-// handed to the registry through one of its IManager parts).
-class ConfigurationAndPluginManager : public ConfigurationManager, public PluginManager
-{
-public:
-    IManager& asManager() { return static_cast<ConfigurationManager&>(*this); }
-};
-
-} // namespace fakes
-
-namespace fakes {
-
-// Keeps the debug and error lines written by sender, as "DEBUG text" and "ERROR text".
+// Keeps the debug and error lines, as "DEBUG text" and "ERROR text".
 class RecordingLoggingManager : public LoggingManager
 {
 public:
-    void logError(const QObject*, const QString& message) override
-    {
-        entries << "ERROR " + message;
-    }
-    void logError(const QString&, const QString& message) override
-    {
-        entries << "ERROR " + message;
-    }
-    void logDebug(const QObject*, const QString& message) override
-    {
-        entries << "DEBUG " + message;
-    }
-    void logDebug(const QString&, const QString& message) override
-    {
-        entries << "DEBUG " + message;
-    }
-
+    void logError(const QObject*, const QString& text) override { entries << "ERROR " + text; }
+    void logError(const QString&, const QString& text) override { entries << "ERROR " + text; }
+    void logDebug(const QObject*, const QString& text) override { entries << "DEBUG " + text; }
+    void logDebug(const QString&, const QString& text) override { entries << "DEBUG " + text; }
     QStringList errors() const { return entries.filter(QRegularExpression("^ERROR ")); }
 
     QStringList entries;
 };
 
 } // namespace fakes
+
+// The what() of the framework exception that a call throws; "<no exception>" when none.
+template <typename Call>
+QString failureOf(Call call)
+{
+    try {
+        call();
+    } catch (const corvane::base::exceptions::BaseException& e) {
+        return QString::fromUtf8(e.what()).remove(QStringLiteral("corvane::base::business::"));
+    }
+    return QStringLiteral("<no exception>");
+}

@@ -1,376 +1,275 @@
 #include "FakeManagers.h"
+#include "TestFiles.h"
 
 #include "Configuration/ConfigurationManager.h"
 #include "Configuration/FileSignature.h"
-#include "Exceptions/Exceptions.h"
 #include "StartUp/ManagerRegistry.h"
 
-#include "TestFiles.h"
 #include <QDomDocument>
-
 #include <QtTest>
 
-using corvane::base::business::ConfigurationManager;
-using corvane::base::business::FileSignature;
-using corvane::base::business::ManagerRegistry;
-using corvane::base::entities::ApplicationInformation;
-using corvane::base::entities::PluginConfiguration;
-using namespace corvane::base::exceptions;
-
-namespace {
+using namespace corvane::base::business;
+using namespace corvane::base::entities;
 
 QStringList messages;
 
-void captureMessage(QtMsgType type, const QMessageLogContext&, const QString& message)
+QString hashOf(const QString& path)
 {
-    messages << QStringLiteral("%1 %2").arg(type == QtCriticalMsg ? "critical" : "info", message);
+    QString hash = QStringLiteral("unchanged");
+    FileSignature().createHashFromFileContent(path, hash);
+    return hash;
 }
-
-QString describe(const ApplicationInformation& info)
-{
-    return QStringList({info.getApplicationName(), info.getApplicationTitle(),
-                        info.getApplicationTypeAsString(), info.getVersion(), info.getVersionName(),
-                        info.getCopyright(), info.getReleaseDate().toString(Qt::ISODate),
-                        info.getSingleAppId(),
-                        info.hasSingleAppUserNotification() ? "notify" : "quiet"})
-        .join('|');
-}
-
-// "library:<configuration's id attribute or 'null'>" per entry.
-QStringList describe(const QList<PluginConfiguration>& plugins)
-{
-    QStringList entries;
-    for (const PluginConfiguration& plugin : plugins) {
-        QString library;
-        QDomElement configuration;
-        plugin.getLibrary(library);
-        plugin.getConfiguration(configuration);
-        entries << library + ':'
-                + (configuration.isNull() ? QStringLiteral("null") : configuration.attribute("id"));
-    }
-    return entries;
-}
-
-QString defaultConfigurationFile()
-{
-    return QCoreApplication::applicationDirPath() + "/tst_ConfigurationManager.xml";
-}
-
-} // namespace
 
 class tst_ConfigurationManager : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void init();
-    void cleanup();
-
-    void cannotBeCreatedBeforeTheLoggingManager();
-    void filePath_data();
-    void filePath();
-    void rootElement_data();
-    void rootElement();
-    void readConfig_data();
-    void readConfig();
-    void libraryNames_data();
-    void libraryNames();
-    void initializeReadsAndLogsTheFile();
-    void failedInitializeKeepsWhatWasRead();
-    void signatureCheck();
-
-private:
     QTemporaryDir folder;
     fakes::LoggingManager logging;
-};
 
-void tst_ConfigurationManager::init()
-{
-    messages.clear();
-    qInstallMessageHandler(captureMessage);
-}
-
-void tst_ConfigurationManager::cleanup()
-{
-    qInstallMessageHandler(nullptr);
-}
-
-void tst_ConfigurationManager::cannotBeCreatedBeforeTheLoggingManager()
-{
-    try {
-        ConfigurationManager::instance();
-        QFAIL("no exception");
-    } catch (const ManagerRegistryException& e) {
-        QCOMPARE(e.getReason(), QStringLiteral("loggingManager not registered!"));
-    }
-    ManagerRegistry::instance()->registerManager(logging);
-    QVERIFY(ConfigurationManager::instance() != nullptr);
-}
-
-void tst_ConfigurationManager::filePath_data()
-{
-    QTest::addColumn<QString>("executable");
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("path");
-
-    QTest::newRow("base name up to the first dot")
-        << "/app/Tool.main" << QStringList {"/app/Tool.main"} << "/app/Tool.xml";
-    QTest::newRow("-C, relative") << "/app/Tool" << QStringList {"/app/Tool", "-C", "sub/my.xml"}
-                                  << "/app/sub/my.xml";
-    QTest::newRow("-C, absolute value still below the folder")
-        << "/app/Tool" << QStringList {"/app/Tool", "-C", "/etc/my.xml"} << "/app//etc/my.xml";
-    QTest::newRow("-C as last argument")
-        << "/app/Tool" << QStringList {"/app/Tool", "x", "-C"} << "/app/Tool.xml";
-    QTest::newRow("-c is no option")
-        << "/app/Tool" << QStringList {"/app/Tool", "-c", "my.xml"} << "/app/Tool.xml";
-    QTest::newRow("first -C wins")
-        << "/app/Tool" << QStringList {"/app/Tool", "-C", "a.xml", "-C", "b.xml"} << "/app/a.xml";
-}
-
-void tst_ConfigurationManager::filePath()
-{
-    QFETCH(QString, executable);
-    QFETCH(QStringList, arguments);
-    QFETCH(QString, path);
-    QCOMPARE(ConfigurationManager::getFilePath(executable, arguments), path);
-}
-
-void tst_ConfigurationManager::rootElement_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QByteArray>("content"); // null: no such file
-    QTest::addColumn<QString>("error"); // <path> stands for the file's path
-    QTest::addColumn<QString>("critical");
-
-    QTest::newRow("missing") << "missing.xml" << QByteArray() << "Cannot open config file: <path>"
-                             << "initialize: Cannot open config file: <path>";
-    QTest::newRow("a folder") << "folder.xml" << QByteArray() << "Cannot open config file: <path>"
-                              << "initialize: Cannot open config file: <path>";
-    const QString malformed = "Config file '<path>' is not an XML Document. Error 'tag mismatch' "
-                              "detect at line 3, column 9.";
-    QTest::newRow("malformed") << "malformed.xml"
-                               << QByteArray("<config>\n<information>\n</config>") << malformed
-                               << malformed;
-    QTest::newRow("wrong root")
-        << "wrong.xml" << QByteArray("<configuration/>")
-        << "Config file does not contain correct XML tag (<path>)."
-        << "initialize: Config file does not contain correct XML tag: <path>";
-    QTest::newRow("CONFIG in capitals") << "upper.xml" << QByteArray("<CONFIG/>") << ""
-                                        << "";
-}
-
-void tst_ConfigurationManager::rootElement()
-{
-    QFETCH(QString, name);
-    QFETCH(QByteArray, content);
-    QFETCH(QString, error);
-    QFETCH(QString, critical);
-    const QString path = folder.filePath(name);
-    if (name == QLatin1String("folder.xml")) {
-        QVERIFY(QDir().mkpath(path));
-    } else if (!content.isNull()) {
-        writeFile(path, content);
+private slots:
+    void initTestCase()
+    {
+        QCOMPARE(failureOf([] { ConfigurationManager::instance(); }),
+                 "ManagerRegistry::getLoggingManager loggingManager not registered!");
+        ManagerRegistry::instance()->registerManager(logging);
     }
 
-    QDomElement root;
-    QCOMPARE(ConfigurationManager::getRootElement(path, root), error.replace("<path>", path));
-    QStringList expected {"info initialize: Opening " + path};
-    if (!critical.isEmpty()) {
-        expected << "critical " + critical.replace("<path>", path);
+    void init()
+    {
+        messages.clear();
+        qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+            messages << (type == QtCriticalMsg ? "critical " : "info ") + text;
+        });
     }
-    QCOMPARE(messages, expected);
-    if (error.isEmpty()) {
-        QCOMPARE(root.tagName(), QStringLiteral("CONFIG"));
+
+    void filePath_data()
+    {
+        QTest::addColumn<QString>("row"); // the executable and the arguments => the path
+        QTest::newRow("base name up to the first dot") << "/app/Tool.main => /app/Tool.xml";
+        QTest::newRow("-C, relative") << "/app/Tool -C sub/my.xml => /app/sub/my.xml";
+        QTest::newRow("-C, absolute: still below")
+            << "/app/Tool -C /etc/my.xml => /app//etc/my.xml";
+        QTest::newRow("-C as last argument") << "/app/Tool x -C => /app/Tool.xml";
+        QTest::newRow("-c is no option") << "/app/Tool -c my.xml => /app/Tool.xml";
+        QTest::newRow("first -C wins") << "/app/Tool -C a.xml -C b.xml => /app/a.xml";
     }
-}
 
-void tst_ConfigurationManager::readConfig_data()
-{
-    QTest::addColumn<QByteArray>("xml");
-    QTest::addColumn<QString>("information");
-    QTest::addColumn<QStringList>("plugins");
+    void filePath()
+    {
+        QFETCH(QString, row);
+        const QStringList arguments = row.section(" => ", 0, 0).split(' ');
+        QCOMPARE(ConfigurationManager::getFilePath(arguments.first(), arguments),
+                 row.section(" => ", 1));
+    }
 
-    QTest::newRow("every value, tags in any case")
-        << QByteArray("<Config><Information>"
-                      "<ApplicationName>Demo</ApplicationName>"
-                      "<APPLICATIONTITLE>Demo <b>bold</b> title</APPLICATIONTITLE>"
-                      "<applicationtype>console</applicationtype>"
-                      "<version>1.2</version><versionname>Größe ✓</versionname>"
-                      "<copyright>(c)</copyright><releasedate>2016-03-01</releasedate>"
-                      "<singleappid>demo</singleappid>"
-                      "<singleappusernotification>TRUE</singleappusernotification>"
-                      "</Information></Config>")
-        << "Demo|Demo bold title|CONSOLE|1.2|Größe ✓|(c)|2016-03-01|demo|notify" << QStringList();
-    QTest::newRow("nothing known") << QByteArray("<config>text<!-- c --><other/></config>")
-                                   << "||NO_TYPE||||||quiet" << QStringList();
-    QTest::newRow("repeated sections and tags")
-        << QByteArray("<config>"
-                      "<information><applicationname>A</applicationname><version>1</version>"
-                      "<applicationtype>GUI</applicationtype></information>"
-                      "<plugins><plugin><library>First</library></plugin></plugins>"
-                      "<information><applicationname>B</applicationname>"
-                      "<applicationname>C</applicationname>"
-                      "<applicationtype>desktop</applicationtype>"
-                      "<releasedate>01.03.2016</releasedate><unknown>x</unknown></information>"
-                      "<PLUGINS><plugin><library>Second</library></plugin></PLUGINS>"
-                      "</config>")
-        << "C||GUI|1|||||quiet" << QStringList {"First.dll:null", "Second.dll:null"};
-    QTest::newRow("plug-in entries")
-        << QByteArray("<config><plugins>"
-                      "<plugin><library>libA.so</library>"
-                      "<configuration id=\"a1\"/><configuration id=\"a2\"/></plugin>"
-                      "<Plugin><configuration id=\"b\"/></Plugin>"
-                      "<plugin><Library>C</Library><library>D</library></plugin>"
-                      "<notaplugin><library>E</library></notaplugin>"
-                      "</plugins></config>")
-        << "||NO_TYPE||||||quiet" << QStringList {"A.dll:a1", ".dll:b", "D.dll:null"};
-}
+    void rootElement_data()
+    {
+        QTest::addColumn<QByteArray>("content"); // null: no such file
+        QTest::addColumn<QString>("expected"); // error / lines
+        const QByteArray levels
+            = QByteArray("<a>").repeated(998) + QByteArray("</a>").repeated(998);
+        const QString opening = " / info initialize: Opening <path>";
+        QTest::newRow("missing") << QByteArray()
+                                 << "Cannot open config file: <path>" + opening
+                + " / critical initialize: Cannot open config file: <path>";
+        const QString malformed = "Config file '<path>' is not an XML Document. Error 'tag "
+                                  "mismatch' detect at line 3, column 9.";
+        QTest::newRow("malformed") << QByteArray("<config>\n<information>\n</config>")
+                                   << malformed + opening + " / critical " + malformed;
+        QTest::newRow("wrong root")
+            << QByteArray("<configuration/>")
+            << "Config file does not contain correct XML tag (<path>)." + opening
+                + " / critical initialize: Config file does not contain correct XML tag: <path>";
 
-void tst_ConfigurationManager::readConfig()
-{
-    QFETCH(QByteArray, xml);
-    QFETCH(QString, information);
-    QFETCH(QStringList, plugins);
-    QDomDocument document;
-    QVERIFY(document.setContent(xml));
+        QTest::newRow("1000 levels deep, CONFIG in capitals")
+            << "<CONFIG><a>" + levels + "</a></CONFIG>" << opening;
+        const QString deep = "Config file '<path>' is nested more than 1000 levels deep.";
+        QTest::newRow("1001 levels deep") << "<config><a><a>" + levels + "</a></a></config>"
+                                          << deep + opening + " / critical " + deep;
+    }
 
-    ApplicationInformation info;
-    QList<PluginConfiguration> entries;
-    ConfigurationManager::readConfig(document.documentElement(), info, entries);
-    QCOMPARE(describe(info), information);
-    QCOMPARE(describe(entries), plugins);
-}
+    void rootElement()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, expected);
+        const QString path = folder.filePath(QStringLiteral("root.xml"));
+        QFile::remove(path);
+        if (!content.isNull())
+            writeFile(path, content);
+        QDomElement root;
+        const QString error = ConfigurationManager::getRootElement(path, root);
+        QCOMPARE((QStringList {error} + messages).join(" / "), expected.replace("<path>", path));
+        QVERIFY(!error.isEmpty() || root.tagName().toLower() == "config");
+    }
 
-void tst_ConfigurationManager::libraryNames_data()
-{
-    QTest::addColumn<QString>("written");
-    QTest::addColumn<QString>("normalised");
-    QTest::newRow("dll in any case stays") << "Foo.DLL"
-                                           << "Foo.DLL";
-    QTest::newRow("lib prefix and .so") << "libBar.so"
-                                        << "Bar.dll";
-    QTest::newRow(".so in capitals") << "libBar.SO"
-                                     << "Bar.dll";
-    QTest::newRow("no suffix") << "Baz"
-                               << "Baz.dll";
-    QTest::newRow("path") << "plugins/libBaz.so"
-                          << "plugins/Baz.dll";
-    QTest::newRow("last lib is dropped") << "liblibx.so"
-                                         << "libx.dll";
-    QTest::newRow("lib inside the name") << "mylibfoo.so"
-                                         << "myfoo.dll";
-    QTest::newRow(".so without lib repeats the tail") << "foo.so"
-                                                      << "fooo.dll";
-    QTest::newRow("empty") << ""
-                           << ".dll";
-}
-
-void tst_ConfigurationManager::libraryNames()
-{
-    QFETCH(QString, written);
-    QFETCH(QString, normalised);
-    QDomDocument document;
-    QVERIFY(document.setContent(
-        QStringLiteral("<config><plugins><plugin><library>%1</library></plugin></plugins></config>")
-            .arg(written)));
-    ApplicationInformation info;
-    QList<PluginConfiguration> entries;
-    ConfigurationManager::readConfig(document.documentElement(), info, entries);
-    QCOMPARE(describe(entries), QStringList {normalised + ":null"});
-}
-
-void tst_ConfigurationManager::initializeReadsAndLogsTheFile()
-{
-    writeFile(defaultConfigurationFile(),
-              "<config><information>"
-              "<applicationname>Demo</applicationname><applicationtitle>Demo App</applicationtitle>"
-              "<applicationtype>SERVICE</applicationtype><version>1.2.3</version>"
-              "<versionname>Eins</versionname><copyright>(c) Corvane</copyright>"
-              "<releasedate>2016-03-01</releasedate><singleappid>demo</singleappid>"
-              "<singleappusernotification>true</singleappusernotification>"
-              "</information><plugins>"
-              "<plugin><library>libHello.so</library><configuration id=\"h\"/></plugin>"
-              "<plugin><library>World</library></plugin>"
-              "</plugins></config>");
-    ConfigurationManager* manager = ConfigurationManager::instance();
-    manager->initialize();
-
-    QCOMPARE(messages,
-             QStringList({
-                 "info initialize: Opening " + defaultConfigurationFile(),
-                 "info initialize: Applicationinformation",
-                 "info initialize:   applicationname           =  \"Demo\"",
-                 "info initialize:   applicationtitle          =  \"Demo App\"",
-                 "info initialize:   applicationtype           =  \"SERVICE\"",
-                 "info initialize:   version                   =  \"1.2.3\"",
-                 "info initialize:   versionName               =  \"Eins\"",
-                 "info initialize:   copyright                 =  \"(c) Corvane\"",
-                 "info initialize:   releasedate               =  \"Tue Mar 1 2016\"",
-                 "info initialize:   singleappid               =  \"demo\"",
-                 "info initialize:   singleappusernotification =  true",
-                 "info initialize: Plugins",
-                 "info initialize:   \"Hello.dll\"",
-                 "info initialize:   \"World.dll\"",
-             }));
-
-    ApplicationInformation info;
-    manager->getApplicationInformation(info);
-    QCOMPARE(describe(info), "Demo|Demo App|SERVICE|1.2.3|Eins|(c) Corvane|2016-03-01|demo|notify");
-    QList<PluginConfiguration> plugins {PluginConfiguration("stale", QDomElement())};
-    manager->getPluginConfiguration(plugins);
-    QCOMPARE(describe(plugins), QStringList({"Hello.dll:h", "World.dll:null"}));
-
-    manager->deinitialize();
-    manager->getPluginConfiguration(plugins);
-    QVERIFY(plugins.isEmpty());
-    manager->getApplicationInformation(info);
-    QCOMPARE(info.getApplicationName(), QStringLiteral("Demo"));
-
-    manager->initialize();
-    manager->getPluginConfiguration(plugins);
-    QCOMPARE(plugins.size(), 2);
-}
-
-void tst_ConfigurationManager::failedInitializeKeepsWhatWasRead()
-{
-    ConfigurationManager* manager = ConfigurationManager::instance();
-    writeFile(defaultConfigurationFile(), "<config><plugins>");
-    try {
+    // Sections and tags in any case, repeated (the later overwrite or add), or not understood.
+    void initializeReadsAndLogsTheFile()
+    {
+        QByteArray plugins;
+        for (const char* library : {"Foo.DLL", "libBar.so", "libBar.SO", "plugins/libBaz.so",
+                                    "liblibx.so", "mylibfoo.so", "foo.so"})
+            plugins += QByteArray("<plugin><library>") + library + "</library></plugin>";
+        const QStringList libraries {"A.dll:a1",  ".dll:b",  "D.dll",           "Foo.DLL",
+                                     "Bar.dll",   "Bar.dll", "plugins/Baz.dll", "libx.dll",
+                                     "myfoo.dll", "fooo.dll"};
+        const QString file = QCoreApplication::applicationFilePath() + ".xml";
+        writeFile(file,
+                  "<Config>text<!-- c "
+                  "--><other/><information><applicationname>A</applicationname><version>1.2</"
+                  "version><applicationtype>Service</applicationtype><releasedate>01.03.2016</"
+                  "releasedate><singleappusernotification>yes</singleappusernotification></"
+                  "information><plugins><plugin><library>libA.so</library><configuration "
+                  "id=\"a1\"/><configuration id=\"a2\"/></plugin><Plugin><configuration "
+                  "id=\"b\"/></Plugin><plugin><Library>C</Library><library>D</library></"
+                  "plugin><notaplugin><library>E</library></notaplugin></"
+                  "plugins><INFORMATION><ApplicationName>B</ApplicationName><APPLICATIONNAME>Demo</"
+                  "APPLICATIONNAME><applicationtitle>Demo "
+                  "<b>bold</b></applicationtitle><applicationtype>desktop</"
+                  "applicationtype><versionname>Größe "
+                  "✓</versionname><copyright>(c)</copyright><releasedate>2016-03-01</"
+                  "releasedate><singleappid>demo</singleappid><singleappusernotification>TRUE</"
+                  "singleappusernotification><unknown>x</unknown></INFORMATION><PLUGINS>"
+                      + plugins + "</PLUGINS></Config>");
+        ConfigurationManager* manager = ConfigurationManager::instance();
         manager->initialize();
-        QFAIL("no exception");
-    } catch (const ConfigurationManagerException& e) {
-        QVERIFY2(QByteArray(e.what()).startsWith(
-                     "corvane::base::business::ConfigurationManager::initialize Config file '"),
-                 e.what());
-    }
-    QList<PluginConfiguration> plugins;
-    manager->getPluginConfiguration(plugins);
-    QCOMPARE(plugins.size(), 2);
-}
+        QStringList expected {"info initialize: Opening " + file,
+                              "info initialize: Applicationinformation",
+                              "info initialize:   applicationname           =  \"Demo\"",
+                              "info initialize:   applicationtitle          =  \"Demo bold\"",
+                              "info initialize:   applicationtype           =  \"SERVICE\"",
+                              "info initialize:   version                   =  \"1.2\"",
+                              "info initialize:   versionName               =  \"Größe ✓\"",
+                              "info initialize:   copyright                 =  \"(c)\"",
+                              "info initialize:   releasedate               =  \"Tue Mar 1 2016\"",
+                              "info initialize:   singleappid               =  \"demo\"",
+                              "info initialize:   singleappusernotification =  true",
+                              "info initialize: Plugins"};
+        for (const QString& library : libraries)
+            expected << "info initialize:   \"" + library.section(':', 0, 0) + "\"";
+        QCOMPARE(messages, expected);
+        QList<PluginConfiguration> entries {PluginConfiguration("stale", QDomElement())};
+        manager->getPluginConfiguration(entries);
+        QStringList handedOut;
+        for (const PluginConfiguration& entry : qAsConst(entries)) {
+            QString library;
+            QDomElement configuration;
+            entry.getLibrary(library);
+            entry.getConfiguration(configuration);
+            handedOut << library
+                    + (configuration.isNull() ? "" : ":" + configuration.attribute("id"));
+        }
+        QCOMPARE(handedOut, libraries);
+        manager->deinitialize(); // drops the plug-ins, keeps the information
+        manager->getPluginConfiguration(entries);
+        ApplicationInformation info;
+        manager->getApplicationInformation(info);
+        QVERIFY(entries.isEmpty() && info.getApplicationType() == ApplicationInformation::SERVICE);
+        info.setApplicationType(ApplicationInformation::ApplicationType(7));
+        QCOMPARE(info.getApplicationTypeAsString(), QStringLiteral("NO_TYPE"));
+        manager->initialize();
+        QFile::remove(file); // a failed initialize keeps what was read
+        QCOMPARE(failureOf([&] { manager->initialize(); }),
+                 "ConfigurationManager::initialize Cannot open config file: " + file);
+        manager->getPluginConfiguration(entries);
+        QCOMPARE(entries.size(), libraries.size());
 
-void tst_ConfigurationManager::signatureCheck()
-{
-    const QString file = defaultConfigurationFile();
-    writeFile(file, "<config/>\n");
-    QFile::remove(file + ".sig");
-    ConfigurationManager* manager = ConfigurationManager::instance();
-
-    const QString reason = "Signature check for configuration file has found an error: " + file;
-    try {
+        writeFile(file, "<config/>\n");
+        QFile::remove(file + ".sig");
+        const QString reason = "Signature check for configuration file has found an error: " + file;
+        QCOMPARE(failureOf([&] { manager->checkConfigurationFileSignature(); }),
+                 "ConfigurationManager::initialize " + reason);
+        QCOMPARE(messages.last(), "critical initialize: " + reason);
+        FileSignature().saveHashInAFile(file, hashOf(file));
         manager->checkConfigurationFileSignature();
-        QFAIL("no exception");
-    } catch (const InvalidSignatureException& e) {
-        QCOMPARE(e.getMethod(), QStringLiteral("initialize"));
-        QCOMPARE(e.getReason(), reason);
     }
-    QCOMPARE(messages.last(), "critical initialize: " + reason);
 
-    FileSignature signature;
-    QString hash;
-    signature.createHashFromFileContent(file, hash);
-    signature.saveHashInAFile(file, hash);
-    manager->checkConfigurationFileSignature();
-}
+    // Computed independently with Python's hashlib: salt = sha1(name.encode().hex().encode())
+    // .hexdigest().encode(); blocks of 1024 bytes, each without b"\r\n", then b"\n"; a single
+    // block shorter than the salt gets salt[:len(salt) - len(block)]; hexdigest of the whole.
+    void fingerprint_data()
+    {
+        QTest::addColumn<QByteArray>("content"); // null: no such file
+        QTest::addColumn<QString>("expected"); // the file's name and fingerprint
+        const QByteArray config = "<config>\r\n  <information/>\r\n</config>\r\n";
+        QTest::newRow("\\r\\n line ends")
+            << config << "config.xml 18d123b658b577a2835890149bdfdeca23b8483b";
+        QTest::newRow("\\n line ends") << QByteArray(config).replace("\r", "")
+                                       << "config.xml 18d123b658b577a2835890149bdfdeca23b8483b";
+        QTest::newRow("empty: the salt")
+            << QByteArray("") << "empty.txt 5ece43e4d1f42c82c14649f09673a1968098b3ef";
+        QTest::newRow("\\r ends a block, its \\n starts the next") << QByteArray(1023, 'x') + "\r\n"
+                + QByteArray(100, 'y') << "edge.txt 09d599a6fdd155e795f242c382c925ea89d393d8";
+        QTest::newRow("lone \\r stays")
+            << QByteArray("a\rb\n") << "cr.txt 417f7d2e575408392c86044a97d65d99aa3ca991";
+        QTest::newRow("short, salted by name")
+            << QByteArray("abc") << "a.txt 9a10ad3df5570a44a7c91ca9e076d580f5463b37";
+        QTest::newRow("long, not salted") << QByteArray("0123456789").repeated(5)
+                                          << "a.txt 9578f951955d37f20b601c26591e260c1e5389bf";
+        QTest::newRow("missing file leaves the hash") << QByteArray() << "missing.xml unchanged";
+    }
+
+    void fingerprint()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, expected);
+        const QString path = folder.filePath(expected.section(' ', 0, 0));
+        if (!content.isNull())
+            writeFile(path, content);
+        QCOMPARE(hashOf(path), expected.section(' ', 1));
+        QVERIFY(!FileSignature().isValid(path, true)); // no signature at all
+    }
+
+    // Line breaks changed after signing ("r": "\r\n", "n": "\n"); "t": in the temp folder.
+    void signatures_data()
+    {
+        QTest::addColumn<QByteArray>("companion"); // null: the signature is appended
+        QTest::addColumn<QString>("ends");
+        QTest::addColumn<bool>("valid");
+        QTest::newRow(".sig with a line break after it") << QByteArray("<hash>\n") << "n" << true;
+        QTest::newRow(".sig, on the last of several lines")
+            << QByteArray("old\n<hash>") << "r" << true;
+        QTest::newRow(".sig in upper case") << QByteArray("<HASH>") << "n" << false;
+        QTest::newRow("appended, in the temporary folder") << QByteArray() << "t" << true;
+        QTest::newRow("appended, CRLF, LF, ... after signing") << QByteArray() << "rn" << true;
+    }
+
+    void signatures()
+    {
+        QFETCH(QByteArray, companion);
+        QFETCH(QString, ends);
+        QFETCH(bool, valid);
+        const QString file = (ends == "t" ? QDir::tempPath() : folder.path())
+            + QStringLiteral("/signed-%1.xml").arg(QCoreApplication::applicationPid());
+        const QByteArray content = "<config>\n  <plugins/>\n</config>\n";
+        writeFile(file, content);
+        QFile::remove(file + ".sig");
+        const QByteArray hash = hashOf(file).toLatin1();
+        FileSignature signature;
+        if (companion.isNull()) {
+            signature.signFile(file);
+            QCOMPARE(readFile(file), content + "\n" + hash);
+        } else {
+            signature.saveHashInAFile(file, hash);
+            QCOMPARE(readFile(file + ".sig"), hash);
+            writeFile(file + ".sig",
+                      companion.replace("<hash>", hash).replace("<HASH>", hash.toUpper()));
+        }
+        QByteArray changed;
+        int breaks = 0;
+        for (const char c : readFile(file))
+            changed += c == '\n' && ends.at(breaks++ % ends.size()) == 'r' ? QByteArray("\r\n")
+                                                                           : QByteArray(1, c);
+        writeFile(file, changed);
+        QCOMPARE(signature.checkFileWithIncludedSignature(file), companion.isNull());
+        QCOMPARE(readFile(file), changed);
+        QCOMPARE(signature.isValid(file, false), valid && !companion.isNull());
+        QCOMPARE(signature.isValid(file, true), valid);
+        writeFile(file, changed.replace("plugins", "Plugins"));
+        QVERIFY(!signature.isValid(file, true));
+        QFile::remove(file);
+    }
+};
 
 QTEST_MAIN(tst_ConfigurationManager)
 #include "tst_ConfigurationManager.moc"

@@ -1,10 +1,5 @@
-// Helper process for the logging tests: logs while the process or a thread ends, after the
-// logging manager's own per-thread state may already be gone. The argument chooses who writes
-// and how: "static qt", "static direct" (from the destructor of a static object created after
-// the logging manager, as a plug-in's singleton is), "thread qt", "thread direct" (from the
-// destructor of a thread-local object that a thread created before its first log call).
-// Configured from LateLogger.properties beside the executable; "late message written" on
-// standard output tells that the late call returned.
+// Helper of the logging test. "fatal": a fatal message must end the process. "static qt|direct":
+// logs from the destructor of a static made after the logging manager, as a plug-in's may be.
 
 #include "Logging/LogMessageHandler.h"
 #include "Logging/LoggingManager.h"
@@ -12,60 +7,38 @@
 #include <QCoreApplication>
 
 #include <cstdio>
-#include <cstring>
-#include <thread>
 
 using corvane::base::business::LoggingManager;
 
-namespace {
-
-bool throughQt = false;
-
-class LateWriter
+struct LateWriter
 {
-public:
-    explicit LateWriter(const char* who) : who(who) { }
+    bool throughQt;
     ~LateWriter()
     {
-        if (throughQt) {
-            qInfo("late message from the %s", who);
-        } else {
-            LoggingManager::instance()->logInfo(QStringLiteral("late"),
-                                                QStringLiteral("late message from the ") + who);
-        }
+        if (throughQt)
+            qInfo("late message");
+        else
+            LoggingManager::instance()->logInfo("late", "late message");
         std::puts("late message written");
-        std::fflush(stdout);
     }
-
-private:
-    const char* who;
 };
-
-} // namespace
 
 int main(int argc, char** argv)
 {
-    if (argc != 3) {
-        return 2;
-    }
-    const bool onThread = std::strcmp(argv[1], "thread") == 0;
-    throughQt = std::strcmp(argv[2], "qt") == 0;
     qInstallMessageHandler(corvane::logging::log4cxxMessageHandler);
-    {
-        QCoreApplication application(argc, argv);
-        LoggingManager::instance()->initialize();
-        qInfo("running");
-        LoggingManager::instance()->logInfo(QStringLiteral("late"), QStringLiteral("running"));
-        if (onThread) {
-            std::thread([] {
-                thread_local LateWriter writer("ending thread");
-                qInfo("thread running");
-                LoggingManager::instance()->logInfo(QStringLiteral("late"),
-                                                    QStringLiteral("thread running"));
-            }).join();
-        } else {
-            static LateWriter writer("static destructor");
-        }
+    QCoreApplication application(argc, argv);
+    const QStringList arguments = application.arguments().mid(1);
+    LoggingManager::instance()->initialize();
+    const QMessageLogContext context("/x/src/Fatal/Writer.cpp", 7, "void a::Writer::stop()", "");
+    if (arguments == QStringList {"fatal"}) {
+        LoggingManager::instance()->logInfo("Fatal.Writer", "first");
+        corvane::logging::log4cxxMessageHandler(QtWarningMsg, context, "second");
+        corvane::logging::log4cxxMessageHandler(QtFatalMsg, context, "the end");
+        std::puts("survived");
     }
+    qInfo("running");
+    LoggingManager::instance()->logInfo("late", "running");
+    if (arguments.value(0) == "static")
+        static LateWriter writer {arguments.value(1) == "qt"};
     return 0;
 }

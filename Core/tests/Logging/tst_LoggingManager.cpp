@@ -1,445 +1,225 @@
-#include "Exceptions/Exceptions.h"
-#include "Logging/LogMessageHandler.h"
-#include "Logging/LoggingManager.h"
-
 #include "HelperProcess.h"
 #include "TestFiles.h"
+
+#include "Exceptions/Exceptions.h"
+#include "Logging/FunctionLogger.h"
+#include "Logging/LogMessageHandler.h"
+#include "Logging/LoggingManager.h"
 
 #include <QtTest>
 
 #include <log4cplus/hierarchy.h>
 #include <log4cplus/logger.h>
 
-using corvane::base::business::LoggingManager;
-using corvane::base::exceptions::PluginManagerException;
-using corvane::base::interfaces::ILoggingManager;
+using namespace corvane::base::business;
+using namespace corvane::logging;
+using Level = corvane::base::interfaces::ILoggingManager::Loglevel;
 
-namespace corvane {
-namespace test {
-class Sender : public QObject
+QString folder()
 {
-    Q_OBJECT
-};
-} // namespace test
-} // namespace corvane
-
-Q_DECLARE_METATYPE(ILoggingManager::Loglevel)
-
-namespace {
-
-// The test executable's own folder serves as the application folder: the manager finds
-// tst_LoggingManager.properties there and writes its relative log files below it.
-QString applicationFolder()
-{
-    return QCoreApplication::applicationDirPath();
+    return QCoreApplication::applicationDirPath() + "/";
 }
 
-QString inApplicationFolder(const QString& relativePath)
+QByteArray fileAppender(const QByteArray& name, const QString& file)
 {
-    return applicationFolder() + QLatin1Char('/') + relativePath;
+    const QByteArray prefix = "log4cplus.appender." + name;
+    return prefix + "=log4cplus::FileAppender\n" + prefix + ".File=" + file.toUtf8() + "\n" + prefix
+        + ".layout=log4cplus::PatternLayout\n" + prefix + ".layout.ConversionPattern=%c|%p|%m%n\n";
 }
 
-void writeProperties(const QString& appenderFile, const QByteArray& loggers = QByteArray())
-{
-    writeFile(inApplicationFolder(QStringLiteral("tst_LoggingManager.properties")),
-              "log4cplus.appender.A=log4cplus::FileAppender\n"
-              "log4cplus.appender.A.File="
-                  + appenderFile.toUtf8()
-                  + "\n"
-                    "log4cplus.appender.A.layout=log4cplus::PatternLayout\n"
-                    "log4cplus.appender.A.layout.ConversionPattern=%c|%p|%m%n\n"
-                  + loggers);
-}
-
-// Closes the appenders, so that everything is on disk, and forgets the configuration.
-void resetLog4cplus()
+QStringList readLines(const QString& relativePath)
 {
     log4cplus::Logger::getDefaultHierarchy().resetConfiguration();
+    return QString::fromUtf8(readFile(folder() + relativePath)).split('\n', Qt::SkipEmptyParts);
 }
 
-QStringList readLines(const QString& path)
-{
-    resetLog4cplus();
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        return {QStringLiteral("<cannot open %1>").arg(path)};
-    }
-    return QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-}
-
-QStringList capturedMessages;
-
-void captureMessage(QtMsgType, const QMessageLogContext&, const QString& message)
-{
-    capturedMessages << message;
-}
-
-} // namespace
+QStringList messages;
 
 class tst_LoggingManager : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void init();
-    void cleanup();
-
-    void filePathsInPropertiesAreResolved_data();
-    void filePathsInPropertiesAreResolved();
-    void badPropertiesNeverThrow_data();
-    void badPropertiesNeverThrow();
-    void levelsPerLoggerAndInheritance();
-    void isLoglevelSetComparesTheLoggersOwnLevel_data();
-    void isLoglevelSetComparesTheLoggersOwnLevel();
-    void entriesReachTheFile();
-    void qtMessagesAreRoutedWithFunctionAndLine();
-    void disabledFatalMessageDoesNotEndTheProcess();
-    void enabledFatalMessageIsWrittenAndEndsTheProcess_data();
-    void enabledFatalMessageIsWrittenAndEndsTheProcess();
-    void concurrentWritersLoseNothing();
-    void lateMessagesAtExitAreSafe_data();
-    void lateMessagesAtExitAreSafe();
-
-private:
     LoggingManager* manager = LoggingManager::instance();
-    corvane::test::Sender sender;
-};
 
-void tst_LoggingManager::init()
-{
-    resetLog4cplus();
-    for (const char* folder : {"logs", "envlogs", "abs"}) {
-        QDir(inApplicationFolder(QString::fromLatin1(folder))).removeRecursively();
-    }
-    qunsetenv("CT_LOGDIR");
-    qunsetenv("CT_UNSET");
-    capturedMessages.clear();
-}
-
-void tst_LoggingManager::cleanup()
-{
-    qInstallMessageHandler(nullptr);
-    resetLog4cplus();
-}
-
-void tst_LoggingManager::filePathsInPropertiesAreResolved_data()
-{
-    QTest::addColumn<QString>("value");
-    QTest::addColumn<QString>("resolved"); // as the manager leaves the property
-    QTest::addColumn<QString>("logFile"); // where log4cplus writes, empty for nowhere
-    QTest::addColumn<QString>("createdFolder");
-
-    const QString app = applicationFolder();
-    QTest::newRow("relative") << "logs/app.log" << app + "/logs/app.log" << app + "/logs/app.log"
-                              << app + "/logs";
-    QTest::newRow("relative, nested") << "logs/a/b/app.log" << app + "/logs/a/b/app.log"
-                                      << app + "/logs/a/b/app.log" << app + "/logs/a/b";
-    QTest::newRow("absolute") << app + "/abs/app.log" << app + "/abs/app.log"
-                              << app + "/abs/app.log" << app + "/abs";
-    QTest::newRow("set variable, left for log4cplus")
-        << "${CT_LOGDIR}/app.log"
-        << "${CT_LOGDIR}/app.log" << app + "/envlogs/app.log" << app + "/envlogs";
-    QTest::newRow("unset variable") << "${CT_UNSET}/app.log"
-                                    << "${CT_UNSET}/app.log"
-                                    << ""
-                                    << "";
-}
-
-void tst_LoggingManager::filePathsInPropertiesAreResolved()
-{
-    QFETCH(QString, value);
-    QFETCH(QString, resolved);
-    QFETCH(QString, logFile);
-    QFETCH(QString, createdFolder);
-    qputenv("CT_LOGDIR", inApplicationFolder(QStringLiteral("envlogs")).toUtf8());
-    writeProperties(value,
-                    "log4cplus.rootLogger=INFO, A\n"
-                    "log4cplus.appender.B.FileName=logs/untouched.log\n");
-
-    qInstallMessageHandler(captureMessage);
-    manager->initialize();
-    QVERIFY(capturedMessages.contains("--> log4cplus.appender.A.File = " + resolved));
-    QVERIFY(capturedMessages.contains("--> log4cplus.appender.B.FileName = logs/untouched.log"));
-    if (!createdFolder.isEmpty()) {
-        QVERIFY(QFileInfo(createdFolder).isDir());
+private slots:
+    void init()
+    {
+        log4cplus::Logger::getDefaultHierarchy().resetConfiguration();
+        for (const char* made : {"logs", "envlogs", "abs"})
+            QDir(folder() + made).removeRecursively();
     }
 
-    manager->logInfo(QStringLiteral("app"), QStringLiteral("hello"));
-    if (!logFile.isEmpty()) {
-        QCOMPARE(readLines(logFile), QStringList({"app|INFO|hello"}));
-    }
-}
+    void cleanup() { qInstallMessageHandler(nullptr); }
 
-void tst_LoggingManager::badPropertiesNeverThrow_data()
-{
-    QTest::addColumn<bool>("exists");
-    QTest::addColumn<QByteArray>("content");
-    QTest::newRow("missing") << false << QByteArray();
-    QTest::newRow("empty") << true << QByteArray();
-    QTest::newRow("unset variable in a file path")
-        << true
-        << QByteArray("log4cplus.rootLogger=INFO, A\n"
-                      "log4cplus.appender.A=log4cplus::FileAppender\n"
-                      "log4cplus.appender.A.File=${CT_UNSET}/nowhere/app.log\n");
-    QTest::newRow("garbage") << true
-                             << QByteArray("=\n\x01\x02=\xff\nlog4cplus.rootLogger=, , ,\n"
-                                           "log4cplus.appender.A=no::Such\n");
-}
-
-void tst_LoggingManager::badPropertiesNeverThrow()
-{
-    QFETCH(bool, exists);
-    QFETCH(QByteArray, content);
-    const QString properties = inApplicationFolder(QStringLiteral("tst_LoggingManager.properties"));
-    QFile::remove(properties);
-    if (exists) {
-        writeFile(properties, content);
-    }
-    qInstallMessageHandler(corvane::logging::log4cxxMessageHandler);
-    manager->initialize();
-    manager->logError(QStringLiteral("app"), QStringLiteral("still running"));
-    qWarning("still routed");
-    manager->deinitialize();
-}
-
-void tst_LoggingManager::levelsPerLoggerAndInheritance()
-{
-    writeProperties(QStringLiteral("logs/levels.log"),
-                    "log4cplus.rootLogger=WARN, A\n"
-                    "log4cplus.logger.app=DEBUG\n"
-                    "log4cplus.logger.app.quiet=ERROR\n");
-    manager->initialize();
-    manager->logDebug(QStringLiteral("app"), QStringLiteral("1"));
-    manager->logDebug(QStringLiteral("app.child"), QStringLiteral("2 inherits DEBUG"));
-    manager->logInfo(QStringLiteral("app.quiet"), QStringLiteral("3 below ERROR"));
-    manager->logError(QStringLiteral("app.quiet"), QStringLiteral("4"));
-    manager->logInfo(QStringLiteral("other"), QStringLiteral("5 below the root's WARN"));
-    manager->logWarn(QStringLiteral("other"), QStringLiteral("6"));
-    manager->logTrace(QStringLiteral("app"), QStringLiteral("7 below DEBUG"));
-    manager->logFatal(QStringLiteral("app.child"), QStringLiteral("8"));
-
-    QCOMPARE(readLines(inApplicationFolder(QStringLiteral("logs/levels.log"))),
-             QStringList({"app|DEBUG|1", "app.child|DEBUG|2 inherits DEBUG", "app.quiet|ERROR|4",
-                          "other|WARN|6", "app.child|FATAL|8"}));
-}
-
-void tst_LoggingManager::isLoglevelSetComparesTheLoggersOwnLevel_data()
-{
-    QTest::addColumn<QString>("logger");
-    QTest::addColumn<ILoggingManager::Loglevel>("level");
-    QTest::addColumn<bool>("set");
-
-    QTest::newRow("own DEBUG, asked DEBUG") << "app" << ILoggingManager::DEBUG << true;
-    QTest::newRow("own DEBUG, asked ERROR") << "app" << ILoggingManager::ERROR << true;
-    QTest::newRow("own DEBUG, asked TRACE") << "app" << ILoggingManager::TRACE << false;
-    QTest::newRow("own ERROR, asked WARN") << "app.quiet" << ILoggingManager::WARN << false;
-    QTest::newRow("own ERROR, asked FATAL") << "app.quiet" << ILoggingManager::FATAL << true;
-    QTest::newRow("no own level, asked TRACE") << "app.child" << ILoggingManager::TRACE << true;
-    QTest::newRow("unknown level counts as TRACE")
-        << "app" << static_cast<ILoggingManager::Loglevel>(9) << false;
-}
-
-void tst_LoggingManager::isLoglevelSetComparesTheLoggersOwnLevel()
-{
-    QFETCH(QString, logger);
-    QFETCH(ILoggingManager::Loglevel, level);
-    QFETCH(bool, set);
-    writeProperties(QStringLiteral("logs/levels.log"),
-                    "log4cplus.rootLogger=FATAL, A\n"
-                    "log4cplus.logger.app=DEBUG\n"
-                    "log4cplus.logger.app.quiet=ERROR\n");
-    manager->initialize();
-    QCOMPARE(manager->isLoglevelSet(logger, level), set);
-}
-
-void tst_LoggingManager::entriesReachTheFile()
-{
-    writeProperties(QStringLiteral("logs/entries.log"), "log4cplus.rootLogger=TRACE, A\n");
-    manager->initialize();
-
-    manager->logInfo(&sender, QStringLiteral("by sender"));
-    manager->logInfo(static_cast<const QObject*>(nullptr), QStringLiteral("null sender"));
-    const PluginManagerException exception(QStringLiteral("PluginManager"),
-                                           QStringLiteral("loadPlugin"), QStringLiteral("x"));
-    manager->logException(QStringLiteral("app"), exception);
-    manager->logException(&sender, exception);
-    manager->logInfo(QStringLiteral("app"), QStringLiteral("Größe ✓ über sechzehn Zeichen"));
-    manager->changeLoglevel(QStringLiteral("app"), ILoggingManager::ERROR);
-    manager->logWarn(QStringLiteral("app"), QStringLiteral("dropped after changeLoglevel"));
-    manager->changeLoglevel(&sender, ILoggingManager::FATAL);
-    manager->logError(&sender, QStringLiteral("dropped too"));
-    manager->logEntry(ILoggingManager::TRACE, QStringLiteral("app"),
-                      QStringLiteral("unchecked, still filtered by log4cplus"), false);
-
-    QCOMPARE(readLines(inApplicationFolder(QStringLiteral("logs/entries.log"))),
-             QStringList({"corvane.test.Sender|INFO|by sender", "unknown source|INFO|null sender",
-                          "app|ERROR|PluginManager::loadPlugin x",
-                          "corvane.test.Sender|ERROR|PluginManager::loadPlugin x",
-                          "app|INFO|Größe ✓ über sechzehn Zeichen"}));
-}
-
-void tst_LoggingManager::qtMessagesAreRoutedWithFunctionAndLine()
-{
-    writeProperties(QStringLiteral("logs/qt.log"),
-                    "log4cplus.rootLogger=TRACE, A\n"
-                    "log4cplus.logger.Logging.LoggingManager=INFO\n");
-    qInstallMessageHandler(corvane::logging::log4cxxMessageHandler);
-    manager->initialize();
-    const QString logger = corvane::logging::sanitizeSource(__FILE__);
-    const int line = __LINE__ + 1;
-    qInfo("routed %s", "Größe ✓ über sechzehn Zeichen");
-    qDebug() << "quoted" << QStringLiteral("text");
-    const QMessageLogContext unknownType("/a/src/Seven.cpp", 3, "void g()", "default");
-    corvane::logging::log4cxxMessageHandler(static_cast<QtMsgType>(7), unknownType,
-                                            QStringLiteral("seven"));
-    manager->deinitialize();
-
-    const QStringList lines = readLines(inApplicationFolder(QStringLiteral("logs/qt.log")));
-    const QString function = QStringLiteral("qtMessagesAreRoutedWithFunctionAndLine");
-    QCOMPARE(lines.size(), 4);
-    QVERIFY2(QRegularExpression(
-                 QStringLiteral("^Logging\\.LoggingManager\\|INFO\\|initialize\\(\\d+\\): "
-                                "----------------start of log file-{34}$"))
-                 .match(lines.at(0))
-                 .hasMatch(),
-             qPrintable(lines.at(0)));
-    QCOMPARE(lines.at(1),
-             QStringLiteral("%1|INFO|%2(%3): routed Größe ✓ über sechzehn Zeichen")
-                 .arg(logger, function)
-                 .arg(line));
-    QCOMPARE(
-        lines.at(2),
-        QStringLiteral("%1|DEBUG|%2(%3): quoted \"text\"").arg(logger, function).arg(line + 1));
-    QCOMPARE(lines.at(3), QStringLiteral("Seven|ERROR|void g(3): seven"));
-}
-
-void tst_LoggingManager::disabledFatalMessageDoesNotEndTheProcess()
-{
-    writeProperties(QStringLiteral("logs/fatal.log"),
-                    "log4cplus.rootLogger=TRACE, A\n"
-                    "log4cplus.logger.Quiet=OFF\n");
-    manager->initialize();
-    const QMessageLogContext context("/a/src/Quiet.cpp", 1, "void f()", "default");
-    corvane::logging::log4cxxMessageHandler(QtFatalMsg, context, QStringLiteral("not written"));
-    QCOMPARE(readLines(inApplicationFolder(QStringLiteral("logs/fatal.log"))), QStringList());
-}
-
-// The lines before a fatal message and the fatal line itself are in the file after the abort,
-// also when the appender holds them back (in a buffer, or in the queue of its own thread).
-void tst_LoggingManager::enabledFatalMessageIsWrittenAndEndsTheProcess_data()
-{
-    QTest::addColumn<QByteArray>("appender");
-    QTest::newRow("file appender")
-        << QByteArray("log4cplus.appender.A=log4cplus::FileAppender\n"
-                      "log4cplus.appender.A.File=logs/fatal-writer.log\n"
-                      "log4cplus.appender.A.layout=log4cplus::PatternLayout\n"
-                      "log4cplus.appender.A.layout.ConversionPattern=%c|%p|%m%n\n");
-    QTest::newRow("buffered file appender")
-        << QByteArray("log4cplus.appender.A=log4cplus::FileAppender\n"
-                      "log4cplus.appender.A.File=logs/fatal-writer.log\n"
-                      "log4cplus.appender.A.ImmediateFlush=false\n"
-                      "log4cplus.appender.A.BufferSize=65536\n"
-                      "log4cplus.appender.A.layout=log4cplus::PatternLayout\n"
-                      "log4cplus.appender.A.layout.ConversionPattern=%c|%p|%m%n\n");
-    // Its thread may or may not have passed the lines on before the abort; the buffer of the
-    // file appender behind it holds them back in either case.
-    QTest::newRow("asynchronous appender")
-        << QByteArray("log4cplus.appender.A=log4cplus::AsyncAppender\n"
-                      "log4cplus.appender.A.QueueLimit=1000\n"
-                      "log4cplus.appender.A.Appender=log4cplus::FileAppender\n"
-                      "log4cplus.appender.A.Appender.File=logs/fatal-writer.log\n"
-                      "log4cplus.appender.A.Appender.ImmediateFlush=false\n"
-                      "log4cplus.appender.A.Appender.BufferSize=65536\n"
-                      "log4cplus.appender.A.Appender.layout=log4cplus::PatternLayout\n"
-                      "log4cplus.appender.A.Appender.layout.ConversionPattern=%c|%p|%m%n\n");
-}
-
-void tst_LoggingManager::enabledFatalMessageIsWrittenAndEndsTheProcess()
-{
-    QFETCH(QByteArray, appender);
-    writeFile(inApplicationFolder(QStringLiteral("FatalWriter.properties")),
-              "log4cplus.rootLogger=TRACE, A\n" + appender);
-    const HelperRun run = runHelper(inApplicationFolder(QStringLiteral("FatalWriter")));
-    QVERIFY2(run.finished && run.gone && run.status == QProcess::CrashExit,
-             qPrintable(run.report()));
-    QVERIFY(!run.out.contains("survived"));
-
-    const QStringList lines
-        = QString::fromUtf8(readFile(inApplicationFolder(QStringLiteral("logs/fatal-writer.log"))))
-              .split(QLatin1Char('\n'))
-              .filter(QRegularExpression(QStringLiteral("^Fatal\\.Writer\\|")));
-    QCOMPARE(lines,
-             QStringList({"Fatal.Writer|INFO|first", "Fatal.Writer|WARN|stop(7): second",
-                          "Fatal.Writer|FATAL|stop(7): the end"}));
-}
-
-void tst_LoggingManager::concurrentWritersLoseNothing()
-{
-    writeProperties(QStringLiteral("logs/threads.log"),
-                    "log4cplus.rootLogger=INFO, A\n"
-                    "log4cplus.appender.A.ImmediateFlush=false\n"
-                    "log4cplus.appender.A.layout.ConversionPattern=%m%n\n");
-    qInstallMessageHandler(corvane::logging::log4cxxMessageHandler);
-    manager->initialize();
-
-    constexpr int threadCount = 8;
-    constexpr int messagesPerThread = 20000;
-    const QString padding(40, QLatin1Char('x'));
-    QList<QThread*> threads;
-    for (int t = 0; t < threadCount; ++t) {
-        threads << QThread::create([this, t, &padding] {
-            for (int i = 0; i < messagesPerThread; ++i) {
-                const QString message = QStringLiteral("T%1-%2-%3").arg(t).arg(i).arg(padding);
-                if (i % 2 == 0) {
-                    manager->logInfo(QStringLiteral("threads"), message);
-                } else {
-                    qInfo().noquote() << message;
-                }
-            }
-        });
-        threads.last()->start();
-    }
-    for (QThread* thread : threads) {
-        QVERIFY(thread->wait(300000));
-        delete thread;
-    }
-
-    const QRegularExpression whole(QStringLiteral("^(?:\\w+\\(\\d+\\): )?(T\\d-\\d+)-x{40}$"));
-    QSet<QString> seen;
-    for (const QString& line : readLines(inApplicationFolder(QStringLiteral("logs/threads.log")))) {
-        if (!line.contains(QLatin1String("-xxxx")) && !line.startsWith(QLatin1Char('T'))) {
-            continue; // the manager's own start-up lines
+    // Entries written directly, through Qt's messages and by function loggers; file paths.
+    void entriesReachTheFile()
+    {
+        qputenv("CT_LOGDIR", (folder() + "envlogs").toUtf8());
+        writeFile(folder() + "tst_LoggingManager.properties",
+                  fileAppender("A", "logs/entries.log") + fileAppender("B", folder() + "abs/b.log")
+                      + fileAppender("C", "${CT_LOGDIR}/c.log")
+                      + fileAppender("D", "${CT_UNSET}/d.log")
+                      + "log4cplus.appender.E.FileName=logs/e.log\nlog4cplus.rootLogger=INFO, "
+                        "A\nlog4cplus.logger.app=DEBUG\nlog4cplus.logger.app.quiet="
+                        "ERROR\nlog4cplus.logger.Logging=INFO\nlog4cplus.logger.Core.tests="
+                        "TRACE\nlog4cplus.logger.Quiet=OFF\n");
+        messages.clear();
+        qInstallMessageHandler(
+            [](QtMsgType type, const QMessageLogContext& context, const QString& text) {
+                messages << text;
+                log4cxxMessageHandler(type, context, text);
+            });
+        manager->initialize();
+        for (const QString& property :
+             {"A.File = " + folder() + "logs/entries.log", "B.File = " + folder() + "abs/b.log",
+              QString("C.File = ${CT_LOGDIR}/c.log"), QString("D.File = ${CT_UNSET}/d.log"),
+              QString("E.FileName = logs/e.log")})
+            QVERIFY2(messages.contains("--> log4cplus.appender." + property), qPrintable(property));
+        QVERIFY(QDir(folder() + "abs").exists() && QDir(folder() + "envlogs").exists());
+        // The logger's own level counts, not the inherited one; an unknown level is TRACE.
+        QVERIFY(manager->isLoglevelSet("app", Level::DEBUG)
+                && manager->isLoglevelSet("app", Level::ERROR));
+        QVERIFY(!manager->isLoglevelSet("app", Level::TRACE)
+                && !manager->isLoglevelSet("app", Level(9)));
+        QVERIFY(!manager->isLoglevelSet("app.quiet", Level::WARN)
+                && manager->isLoglevelSet("app.quiet", Level::FATAL));
+        QVERIFY(manager->isLoglevelSet("app.child", Level::TRACE));
+        manager->logDebug("app", "1");
+        manager->logTrace("app", "below DEBUG");
+        manager->logInfo("app.quiet", "below ERROR");
+        manager->logError("app.quiet", "2");
+        manager->logWarn("other", "3");
+        manager->logFatal("app.child", "4");
+        manager->logInfo(manager, "by sender");
+        manager->logWarn(static_cast<const QObject*>(nullptr), "null sender");
+        const corvane::base::exceptions::PluginManagerException exception("PluginManager",
+                                                                          "loadPlugin", "x");
+        manager->logException("app", exception);
+        manager->logException(manager, exception);
+        manager->logInfo("app", "Größe ✓");
+        manager->changeLoglevel("app", Level::ERROR);
+        manager->logWarn("app", "below the changed level");
+        manager->changeLoglevel(manager, Level::FATAL);
+        manager->logError(manager, "below the changed level");
+        manager->logEntry(Level::INFO, "app", "unchecked, still filtered", false);
+        const int line = __LINE__ + 1;
+        qInfo("routed %s", "Größe ✓");
+        qDebug() << "quoted" << QStringLiteral("text");
+        log4cxxMessageHandler(QtMsgType(7), {"src\\app\\quiet.c", 3, "int f(int)", ""}, "seven");
+        log4cxxMessageHandler(QtCriticalMsg,
+                              {"x/src/app/src/g.h", 4, "void a::B::g(std::vector<a::C>) const", ""},
+                              "critical");
+        log4cxxMessageHandler(QtInfoMsg, {"Makefile", 5, nullptr, ""}, "made");
+        log4cxxMessageHandler(QtFatalMsg, {"/a/src/Quiet.cpp", 1, "void f()", ""}, "not written");
+        FunctionLogger::setLoggingManager(manager);
+        {
+            FunctionLogger outer("Owner", "load");
+            FunctionLogger inner(manager, "parse");
+            inner.log("step");
         }
-        const QRegularExpressionMatch match = whole.match(line);
-        QVERIFY2(match.hasMatch(), qPrintable(line));
-        QVERIFY2(!seen.contains(match.captured(1)), qPrintable(line));
-        seen.insert(match.captured(1));
+        FunctionLogger::setLoggingManager(nullptr);
+        FunctionLogger("Owner", "unwritten");
+        QCOMPARE(formatLogMessage({nullptr, 0, nullptr, ""}, "m"), QStringLiteral("(0): m"));
+
+        QStringList lines = readLines("logs/entries.log");
+        lines.first().replace(QRegularExpression("\\(\\d+\\)"), "(N)");
+        QCOMPARE(
+            lines.join(" / "),
+            QStringLiteral(
+                "Logging.LoggingManager|INFO|initialize(N): ----------------start of log "
+                "file---------------------------------- / app|DEBUG|1 / app.quiet|ERROR|2 / "
+                "other|WARN|3 / app.child|FATAL|4 / corvane.base.business.LoggingManager|INFO|by "
+                "sender / unknown source|WARN|null sender / app|ERROR|PluginManager::loadPlugin x "
+                "/ corvane.base.business.LoggingManager|ERROR|PluginManager::loadPlugin x / "
+                "app|INFO|Größe ✓ / "
+                "Core.tests.Logging.tst_LoggingManager|INFO|entriesReachTheFile(%1): routed Größe "
+                "✓ / Core.tests.Logging.tst_LoggingManager|DEBUG|entriesReachTheFile(%2): quoted "
+                "\"text\" / src.app.quiet|ERROR|int f(3): seven / app.src.g|ERROR|g(4): critical / "
+                "Makefil|INFO|(5): made / || Owner|INFO|load() entered / ||=>| "
+                "corvane::base::business::LoggingManager|INFO|parse() entered / ||=>| "
+                "corvane::base::business::LoggingManager|INFO|parse() step / ||=>| "
+                "corvane::base::business::LoggingManager|INFO|parse() left / || Owner|INFO|load() "
+                "left")
+                .arg(line)
+                .arg(line + 1));
     }
-    QCOMPARE(seen.size(), threadCount * messagesPerThread);
-}
 
-// A Qt message or a direct log call while the process or a thread ends, after the logging
-// manager's per-thread state may be gone: it must neither crash nor touch freed memory.
-void tst_LoggingManager::lateMessagesAtExitAreSafe_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::newRow("Qt message from a static destructor") << QStringList {"static", "qt"};
-    QTest::newRow("logInfo from a static destructor") << QStringList {"static", "direct"};
-    QTest::newRow("Qt message as a thread ends") << QStringList {"thread", "qt"};
-    QTest::newRow("logInfo as a thread ends") << QStringList {"thread", "direct"};
-}
+    void concurrentWritersLoseNothing()
+    {
+        writeFile(folder() + "tst_LoggingManager.properties",
+                  fileAppender("A", "logs/threads.log")
+                      + "log4cplus.rootLogger=INFO, "
+                        "A\nlog4cplus.appender.A.ImmediateFlush=false\nlog4cplus.appender.A.layout."
+                        "ConversionPattern=%m%n\n");
+        qInstallMessageHandler(log4cxxMessageHandler);
+        manager->initialize();
+        QList<QThread*> threads;
+        for (int t = 0; t < 8; ++t) {
+            threads << QThread::create([this, t] {
+                for (int i = 0; i < 20000; ++i) {
+                    const QString message
+                        = QStringLiteral("T%1-%2-%3").arg(t).arg(i).arg(QString(40, 'x'));
+                    if (i % 2 == 0)
+                        manager->logInfo("threads", message);
+                    else
+                        qInfo().noquote() << message;
+                }
+            });
+            threads.last()->start();
+        }
+        for (QThread* thread : threads) {
+            QVERIFY(thread->wait(300000));
+            delete thread;
+        }
+        const QRegularExpression whole(QStringLiteral("^(?:\\w+\\(\\d+\\): )?(T\\d-\\d+)-x{40}$"));
+        QSet<QString> seen;
+        for (const QString& line : readLines("logs/threads.log").filter("-xxxx")) {
+            const QRegularExpressionMatch match = whole.match(line);
+            QVERIFY2(match.hasMatch() && !seen.contains(match.captured(1)), qPrintable(line));
+            seen.insert(match.captured(1));
+        }
+        QCOMPARE(seen.size(), 8 * 20000);
+    }
 
-void tst_LoggingManager::lateMessagesAtExitAreSafe()
-{
-    QFETCH(QStringList, arguments);
-    writeFile(inApplicationFolder(QStringLiteral("LateLogger.properties")),
-              "log4cplus.rootLogger=TRACE, A\n"
-              "log4cplus.appender.A=log4cplus::FileAppender\n"
-              "log4cplus.appender.A.File=logs/late.log\n");
-    const HelperRun run = runHelper(inApplicationFolder(QStringLiteral("LateLogger")), arguments);
-    QVERIFY2(run.exitedCleanly(), qPrintable(run.report()));
-    QCOMPARE(run.out, QByteArray("late message written\n"));
-}
+    // A written fatal message ends the process, whatever the appender holds back; a message as
+    // the process ends, after the manager's own state may be gone, is safe.
+    void helpers_data()
+    {
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<QByteArray>("appender"); // A
+        const QByteArray file = fileAppender("A", "logs/late.log");
+        const QByteArray buffered = "ImmediateFlush=false\nlog4cplus.appender.A.BufferSize=65536\n";
+        QTest::newRow("fatal, file appender") << "fatal" << file;
+        QTest::newRow("fatal, buffered") << "fatal" << file + "log4cplus.appender.A." + buffered;
+        const QByteArray queued = "log4cplus.appender.A=log4cplus::AsyncAppender\nlog4cplus."
+                                  "appender.A.QueueLimit=1000\n";
+        QTest::newRow("fatal, asynchronous") << "fatal"
+                                             << queued
+                + QByteArray(file + "log4cplus.appender.A." + buffered)
+                      .replace(".A", ".A.Appender");
+        QTest::newRow("Qt message from a static destructor") << "static qt" << file;
+        QTest::newRow("logInfo from a static destructor") << "static direct" << file;
+    }
+
+    void helpers()
+    {
+        QFETCH(QString, arguments);
+        QFETCH(QByteArray, appender);
+        writeFile(folder() + "LateLogger.properties", "log4cplus.rootLogger=TRACE, A\n" + appender);
+        const HelperRun run = runHelper(folder() + "LateLogger", arguments.split(' '));
+        if (arguments != "fatal") {
+            QVERIFY2(run.exitedCleanly(), qPrintable(run.report()));
+            QCOMPARE(run.out, QByteArray("late message written\n"));
+            return;
+        }
+        QVERIFY2(run.finished && run.gone && run.status == QProcess::CrashExit,
+                 qPrintable(run.report()));
+        QCOMPARE(run.out, QByteArray());
+        QCOMPARE(readLines("logs/late.log").filter("Fatal.Writer|"),
+                 QStringList({"Fatal.Writer|INFO|first", "Fatal.Writer|WARN|stop(7): second",
+                              "Fatal.Writer|FATAL|stop(7): the end"}));
+    }
+};
 
 QTEST_MAIN(tst_LoggingManager)
 #include "tst_LoggingManager.moc"

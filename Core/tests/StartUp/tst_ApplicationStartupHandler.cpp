@@ -1,119 +1,112 @@
 #include "StartUp/ApplicationStartupHandler.h"
-#include "StartUp/PCCommandLineParser.h"
+#include "StartUp/LocalSocketStringMessageReceiver.h"
 
 #include <QApplication>
-#include <QLabel>
+#include <QLocalSocket>
 #include <QMessageBox>
-#include <QTranslator>
 #include <QtTest>
 
-using corvane::base::business::ApplicationStartupHandler;
-using corvane::base::business::PCCommandLineParser;
+using namespace corvane::base::business;
+using namespace corvane::base::business::internal;
+
+QByteArray frame(const QByteArray& payload, qint32 length = -1)
+{
+    QByteArray bytes;
+    QDataStream(&bytes, QIODevice::WriteOnly) << (length < 0 ? qint32(payload.size()) : length);
+    return bytes + payload;
+}
 
 class tst_ApplicationStartupHandler : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void fileArgument_data();
-    void fileArgument();
-    void translatorFolder_data();
-    void translatorFolder();
-    void secondInstanceIsTurnedAway_data();
-    void secondInstanceIsTurnedAway();
-};
-
-void tst_ApplicationStartupHandler::fileArgument_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("file");
-    QTest::newRow("-C and its value skipped")
-        << QStringList {"app", "-C", "x", "file.txt"} << "file.txt";
-    QTest::newRow("option without value") << QStringList {"app", "-v", "file.txt"} << "file.txt";
-    QTest::newRow("-C as last") << QStringList {"app", "-C"} << "";
-    QTest::newRow("program only") << QStringList {"app"} << "";
-    QTest::newRow("-c takes no value") << QStringList {"app", "-c", "file.txt"} << "file.txt";
-}
-
-void tst_ApplicationStartupHandler::fileArgument()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QString, file);
-    PCCommandLineParser parser;
-    parser.parse(arguments);
-    QCOMPARE(parser.getConfigFilePath(), file);
-}
-
-void tst_ApplicationStartupHandler::translatorFolder_data()
-{
-    QTest::addColumn<QString>("folder");
-    QTest::addColumn<bool>("loaded");
-    const QString here = QCoreApplication::applicationDirPath();
-    QTest::newRow("application folder") << here << true;
-    QTest::newRow("with a trailing slash: still //translations") << here + "/" << true;
-    QTest::newRow("no translations there") << QDir::rootPath() << false;
-}
-
-void tst_ApplicationStartupHandler::translatorFolder()
-{
-    QFETCH(QString, folder);
-    QFETCH(bool, loaded);
-    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
-    QTranslator translator;
-    QCOMPARE(ApplicationStartupHandler::instance()->loadTranslator(translator, folder), loaded);
-    QLocale::setDefault(QLocale::c());
-}
-
-// In one process the guard's lock is held by the first call, so a second call meets a running
-// first instance: its own receiver.
-void tst_ApplicationStartupHandler::secondInstanceIsTurnedAway_data()
-{
-    QTest::addColumn<bool>("notification");
-    QTest::newRow("without notification") << false;
-    QTest::newRow("with notification, in German") << true;
-}
-
-void tst_ApplicationStartupHandler::secondInstanceIsTurnedAway()
-{
-    QFETCH(bool, notification);
-    auto* handler = ApplicationStartupHandler::instance();
-    auto* application = qobject_cast<QApplication*>(QCoreApplication::instance());
-    const QString id = QStringLiteral("tst_ApplicationStartupHandler-%1")
-                           .arg(QCoreApplication::applicationPid());
-    static bool first = true;
-    if (first) {
-        QCOMPARE(handler->getSingleGuiApplicationGuardExitCode(*application, id, false), 1);
-        first = false;
+    // Each write on its own; each message answered with 1 (taken by the receiver) or 0.
+    void frames_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("writes");
+        QTest::addColumn<QStringList>("messages");
+        const QByteArray raise = frame("raise");
+        QTest::newRow("length and text in pieces")
+            << QList<QByteArray> {raise.left(2), raise.mid(2, 4), raise.mid(6)}
+            << QStringList {"raise"};
+        QTest::newRow("two frames in one write, one refused")
+            << QList<QByteArray> {frame("refused") + frame("load:/a b/ü.csv")}
+            << QStringList {"refused", "load:/a b/ü.csv"};
+        QTest::newRow("cut at a zero byte")
+            << QList<QByteArray> {frame(QByteArray("ab\0cd", 5))} << QStringList {"ab"};
+        QTest::newRow("empty and negative lengths carry nothing")
+            << QList<QByteArray> {frame(""), frame("", -7), raise} << QStringList {"raise"};
     }
-    QSignalSpy raised(handler, &ApplicationStartupHandler::raiseRequest);
 
-    QApplication::setApplicationDisplayName(QStringLiteral("Guarded"));
-    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
-    QString title;
-    QString text;
-    QTimer closer; // events run while the request is handed over, before any box is shown
-    QObject::connect(&closer, &QTimer::timeout, [&] {
-        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
-            title = box->windowTitle();
-            text = box->text();
-            box->accept();
+    void frames()
+    {
+        QFETCH(QList<QByteArray>, writes);
+        QFETCH(QStringList, messages);
+        static int runs = 0;
+        const QString name = QStringLiteral("tst_ApplicationStartupHandler-%1-%2")
+                                 .arg(QCoreApplication::applicationPid())
+                                 .arg(++runs);
+        QStringList received;
+        LocalSocketStringMessageReceiver receiver(name);
+        QVERIFY(receiver.start([&received](QString text) {
+            received << text;
+            return text != "refused";
+        }));
+        QLocalSocket sender;
+        sender.connectToServer(name);
+        QVERIFY(sender.waitForConnected(5000));
+        for (const QByteArray& bytes : writes) {
+            sender.write(bytes);
+            QVERIFY(sender.waitForBytesWritten(5000));
+            QTest::qWait(1); // let the receiver see each piece on its own
         }
-    });
-    closer.start(10);
-    QCOMPARE(handler->getSingleGuiApplicationGuardExitCode(*application, id, notification), -1);
-    QLocale::setDefault(QLocale::c());
-    QTRY_COMPARE(raised.count(), 1); // the running instance got "raise"
-
-    if (notification) {
-        QCOMPARE(title, QStringLiteral("Guarded"));
-        QCOMPARE(
-            text,
-            QStringLiteral("GUI: Das Programm wurde bereits gestartet.\nEs darf jedoch nur eine "
-                           "Instanz laufen.\nDaher wird diese Instanz beendet."));
-    } else {
-        QVERIFY(title.isEmpty()); // no box at all
+        QTRY_COMPARE(received, messages);
+        QByteArray acknowledgements, answered;
+        for (const QString& message : messages)
+            acknowledgements += message == "refused" ? '\0' : '\1';
+        QTRY_COMPARE(answered += sender.readAll(), acknowledgements);
     }
-}
+
+    // The first call holds the guard's lock: a second one meets its receiver, which gets "raise".
+    void secondInstanceIsTurnedAway_data()
+    {
+        QTest::addColumn<QString>("box"); // shown, empty for none
+        QTest::newRow("without notification") << "";
+        QTest::newRow("with notification, in German")
+            << "Guarded: GUI: Das Programm wurde bereits gestartet.\nEs darf jedoch nur eine "
+               "Instanz laufen.\nDaher wird diese Instanz beendet.";
+    }
+
+    void secondInstanceIsTurnedAway()
+    {
+        QFETCH(QString, box);
+        auto* handler = ApplicationStartupHandler::instance();
+        auto& application = *qobject_cast<QApplication*>(QCoreApplication::instance());
+        const QString id = "tst_ApplicationStartupHandler-"
+            + QString::number(QCoreApplication::applicationPid());
+        static const int first
+            = handler->getSingleGuiApplicationGuardExitCode(application, id, false);
+        QCOMPARE(first, 1);
+        QSignalSpy raised(handler, &ApplicationStartupHandler::raiseRequest);
+        QApplication::setApplicationDisplayName(QStringLiteral("Guarded"));
+        QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+        QString shown;
+        QTimer closer; // events run while the request is handed over, before any box is shown
+        connect(&closer, &QTimer::timeout, [&shown] {
+            if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())) {
+                shown = box->windowTitle() + ": " + box->text();
+                box->accept();
+            }
+        });
+        closer.start(10);
+        QCOMPARE(handler->getSingleGuiApplicationGuardExitCode(application, id, !box.isEmpty()),
+                 -1);
+        QLocale::setDefault(QLocale::c());
+        QTRY_COMPARE(raised.count(), 1);
+        QCOMPARE(shown, box);
+    }
+};
 
 QTEST_MAIN(tst_ApplicationStartupHandler)
 #include "tst_ApplicationStartupHandler.moc"

@@ -1,287 +1,136 @@
 #include "FakeManagers.h"
 
-#include "Exceptions/Exceptions.h"
+#include "Plugins/ServiceManager.h"
+#include "StartUp/ApplicationQuitHandler.h"
 #include "StartUp/ManagerRegistry.h"
+#include "StartUp/StartUpManager.h"
 
 #include <QtTest>
 
-using corvane::base::business::ManagerRegistry;
-using corvane::base::exceptions::ManagerRegistryException;
-using corvane::base::interfaces::IManager;
-
-namespace {
-
-enum Kind { Configuration, StartUp, Service, Plugin, Logging };
-
-const QString registryPrefix = QStringLiteral("corvane::base::business::ManagerRegistry::");
-
-} // namespace
-
-Q_DECLARE_METATYPE(Kind)
+using namespace corvane::base::business;
 
 class tst_ManagerRegistry : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void cleanup();
-
-    void registersByKind_data();
-    void registersByKind();
-    void secondRegistrationThrowsAndKeepsFirst_data();
-    void secondRegistrationThrowsAndKeepsFirst();
-    void unregisterOfEmptySlotThrows_data();
-    void unregisterOfEmptySlotThrows();
-    void getterOfEmptySlotThrows_data();
-    void getterOfEmptySlotThrows();
-
-    void unregisterClearsSlotWhicheverObjectItHolds();
-    void unregisterAsksForTheName();
-    void managerOfNoKindIsAcceptedAndStoredNowhere();
-    void twoInterfaceManagerFillsBothSlots();
-    void twoInterfaceManagerFailureKeepsEarlierSlot();
-    void twoInterfaceManagerUnregisterFailureKeepsEarlierClear();
-
-private:
-    IManager& fakeOf(Kind kind);
-    bool has(Kind kind) const;
-    QObject* get(Kind kind);
-    QVector<bool> filledSlots() const;
-
     ManagerRegistry* registry = ManagerRegistry::instance();
     fakes::ConfigurationManager configuration;
-    fakes::StartUpManager startUp;
-    fakes::ServiceManager service;
     fakes::PluginManager plugin;
-    fakes::LoggingManager logging;
-};
+    fakes::RecordingLoggingManager logging;
+    // In the registry's order: configuration, start-up, service, plug-in, logging.
+    fakes::IManager* managers[5] = {&configuration, nullptr, nullptr, &plugin, &logging};
 
-IManager& tst_ManagerRegistry::fakeOf(Kind kind)
-{
-    IManager* managers[] = {&configuration, &startUp, &service, &plugin, &logging};
-    return *managers[kind];
-}
-
-bool tst_ManagerRegistry::has(Kind kind) const
-{
-    return filledSlots().at(kind);
-}
-
-QObject* tst_ManagerRegistry::get(Kind kind)
-{
-    switch (kind) {
-    case Configuration:
-        return registry->getConfigurationManager();
-    case StartUp:
-        return registry->getStartUpManager();
-    case Service:
-        return registry->getServiceManager();
-    case Plugin:
-        return registry->getPluginManager();
-    case Logging:
-        return registry->getLoggingManager();
+    QObject* get(int kind)
+    {
+        return kind == 0 ? static_cast<QObject*>(registry->getConfigurationManager())
+            : kind == 1  ? static_cast<QObject*>(registry->getStartUpManager())
+            : kind == 2  ? static_cast<QObject*>(registry->getServiceManager())
+            : kind == 3  ? static_cast<QObject*>(registry->getPluginManager())
+                         : static_cast<QObject*>(registry->getLoggingManager());
     }
-    return nullptr;
-}
 
-QVector<bool> tst_ManagerRegistry::filledSlots() const
-{
-    return {registry->hasConfigurationManager(), registry->hasStartUpManager(),
-            registry->hasServiceManager(), registry->hasPluginManager(),
-            registry->hasLoggingManager()};
-}
+    QString filled() const // "1" for a filled slot, "0" for an empty one
+    {
+        QString marks;
+        for (bool filled : {registry->hasConfigurationManager(), registry->hasStartUpManager(),
+                            registry->hasServiceManager(), registry->hasPluginManager(),
+                            registry->hasLoggingManager()})
+            marks += filled ? '1' : '0';
+        return marks;
+    }
 
-// The registry is a process-wide singleton: empty every slot between tests.
-void tst_ManagerRegistry::cleanup()
-{
-    for (Kind kind : {Configuration, StartUp, Service, Plugin, Logging}) {
-        if (has(kind)) {
-            registry->unregisterManager(fakeOf(kind));
+private slots:
+    void initTestCase()
+    {
+        QCOMPARE(failureOf([] { StartUpManager::instance(); }),
+                 "ManagerRegistry::getLoggingManager loggingManager not registered!");
+        registry->registerManager(logging); // which the singletons ask for when made
+        managers[1] = StartUpManager::instance();
+        managers[2] = ServiceManager::instance();
+        registry->unregisterManager(logging);
+    }
+
+    void cleanup()
+    {
+        for (int kind = 0; kind < 5; ++kind)
+            if (filled().at(kind) == '1')
+                registry->unregisterManager(*managers[kind]);
+    }
+
+    void oneSlotPerKind_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QString>("name"); // as the messages spell it
+        QTest::newRow("configuration") << 0 << "ConfigurationManager";
+        QTest::newRow("start-up") << 1 << "StartUpManager";
+        QTest::newRow("service") << 2 << "ServiceManager";
+        QTest::newRow("plug-in") << 3 << "PluginManager";
+        QTest::newRow("logging") << 4 << "loggingManager";
+    }
+
+    void oneSlotPerKind()
+    {
+        QFETCH(int, kind);
+        QFETCH(QString, name);
+        const QString getter = QStringLiteral("get") + name.at(0).toUpper() + name.mid(1);
+        QCOMPARE(failureOf([&] { get(kind); }),
+                 "ManagerRegistry::" + getter + " " + name + " not registered!");
+        for (int other = 0; other < 5; ++other) {
+            if (other != kind)
+                registry->registerManager(*managers[other]);
         }
+        // Every other slot is filled: only the slot of the manager's own kind counts.
+        QCOMPARE(failureOf([&] { registry->unregisterManager(*managers[kind]); }),
+                 "ManagerRegistry::unregisterManager " + name + " already unregistered!");
+        registry->registerManager(*managers[kind]);
+        QCOMPARE(failureOf([&] { registry->registerManager(*managers[kind]); }),
+                 "ManagerRegistry::registerManager " + name + " already registered!");
+        QCOMPARE(get(kind), dynamic_cast<QObject*>(managers[kind]));
+        registry->unregisterManager(*managers[kind]);
+        QCOMPARE(filled(), QString("11111").replace(kind, 1, '0'));
     }
-}
 
-void tst_ManagerRegistry::registersByKind_data()
-{
-    QTest::addColumn<Kind>("kind");
-    QTest::newRow("configuration") << Configuration;
-    QTest::newRow("start-up") << StartUp;
-    QTest::newRow("service") << Service;
-    QTest::newRow("plug-in") << Plugin;
-    QTest::newRow("logging") << Logging;
-}
-
-void tst_ManagerRegistry::registersByKind()
-{
-    QFETCH(Kind, kind);
-    registry->registerManager(fakeOf(kind));
-
-    QVector<bool> expected(5, false);
-    expected[kind] = true;
-    QCOMPARE(filledSlots(), expected);
-    QCOMPARE(get(kind), static_cast<QObject*>(&fakeOf(kind)));
-}
-
-void tst_ManagerRegistry::secondRegistrationThrowsAndKeepsFirst_data()
-{
-    QTest::addColumn<Kind>("kind");
-    QTest::addColumn<QString>("reason");
-    QTest::newRow("configuration") << Configuration << "ConfigurationManager already registered!";
-    QTest::newRow("start-up") << StartUp << "StartUpManager already registered!";
-    QTest::newRow("service") << Service << "ServiceManager already registered!";
-    QTest::newRow("plug-in") << Plugin << "PluginManager already registered!";
-    QTest::newRow("logging") << Logging << "loggingManager already registered!";
-}
-
-void tst_ManagerRegistry::secondRegistrationThrowsAndKeepsFirst()
-{
-    QFETCH(Kind, kind);
-    QFETCH(QString, reason);
-    fakes::ConfigurationManager otherConfiguration;
-    fakes::StartUpManager otherStartUp;
-    fakes::ServiceManager otherService;
-    fakes::PluginManager otherPlugin;
-    fakes::LoggingManager otherLogging;
-    IManager* others[]
-        = {&otherConfiguration, &otherStartUp, &otherService, &otherPlugin, &otherLogging};
-
-    registry->registerManager(fakeOf(kind));
-    try {
-        registry->registerManager(*others[kind]);
-        QFAIL("no exception");
-    } catch (const ManagerRegistryException& e) {
-        QCOMPARE(QString::fromUtf8(e.what()), registryPrefix + "registerManager " + reason);
-    }
-    QCOMPARE(get(kind), static_cast<QObject*>(&fakeOf(kind)));
-}
-
-void tst_ManagerRegistry::unregisterOfEmptySlotThrows_data()
-{
-    QTest::addColumn<Kind>("kind");
-    QTest::addColumn<QString>("reason");
-    QTest::newRow("configuration") << Configuration << "ConfigurationManager already unregistered!";
-    QTest::newRow("start-up") << StartUp << "StartUpManager already unregistered!";
-    QTest::newRow("service") << Service << "ServiceManager already unregistered!";
-    QTest::newRow("plug-in") << Plugin << "PluginManager already unregistered!";
-    QTest::newRow("logging") << Logging << "loggingManager already unregistered!";
-}
-
-void tst_ManagerRegistry::unregisterOfEmptySlotThrows()
-{
-    QFETCH(Kind, kind);
-    QFETCH(QString, reason);
-    // Every other slot is filled: only the slot of the manager's own kind counts.
-    for (Kind other : {Configuration, StartUp, Service, Plugin, Logging}) {
-        if (other != kind) {
-            registry->registerManager(fakeOf(other));
-        }
-    }
-    try {
-        registry->unregisterManager(fakeOf(kind));
-        QFAIL("no exception");
-    } catch (const ManagerRegistryException& e) {
-        QCOMPARE(QString::fromUtf8(e.what()), registryPrefix + "unregisterManager " + reason);
-    }
-    QCOMPARE(filledSlots().count(true), 4);
-}
-
-void tst_ManagerRegistry::getterOfEmptySlotThrows_data()
-{
-    QTest::addColumn<Kind>("kind");
-    QTest::addColumn<QString>("method");
-    QTest::addColumn<QString>("reason");
-    QTest::newRow("configuration") << Configuration << "getConfigurationManager"
-                                   << "ConfigurationManager not registered!";
-    QTest::newRow("start-up") << StartUp << "getStartUpManager"
-                              << "StartUpManager not registered!";
-    QTest::newRow("service") << Service << "getServiceManager"
-                             << "ServiceManager not registered!";
-    QTest::newRow("plug-in") << Plugin << "getPluginManager"
-                             << "PluginManager not registered!";
-    QTest::newRow("logging") << Logging << "getLoggingManager"
-                             << "loggingManager not registered!";
-}
-
-void tst_ManagerRegistry::getterOfEmptySlotThrows()
-{
-    QFETCH(Kind, kind);
-    QFETCH(QString, method);
-    QFETCH(QString, reason);
-    try {
-        get(kind);
-        QFAIL("no exception");
-    } catch (const ManagerRegistryException& e) {
-        QCOMPARE(e.getSource(), QStringLiteral("corvane::base::business::ManagerRegistry"));
-        QCOMPARE(e.getMethod(), method);
-        QCOMPARE(e.getReason(), reason);
-        QCOMPARE(QString::fromUtf8(e.what()), registryPrefix + method + " " + reason);
-    }
-}
-
-void tst_ManagerRegistry::unregisterClearsSlotWhicheverObjectItHolds()
-{
-    fakes::ServiceManager other;
-    registry->registerManager(service);
-    registry->unregisterManager(other);
-    QVERIFY(!registry->hasServiceManager());
-}
-
-void tst_ManagerRegistry::unregisterAsksForTheName()
-{
-    registry->registerManager(plugin);
-    plugin.nameRequests = 0;
-    registry->unregisterManager(plugin);
-    QCOMPARE(plugin.nameRequests, 1);
-}
-
-void tst_ManagerRegistry::managerOfNoKindIsAcceptedAndStoredNowhere()
-{
-    fakes::PlainManager plain;
-    registry->registerManager(plain);
-    registry->unregisterManager(plain);
-    QCOMPARE(filledSlots(), QVector<bool>(5, false));
-}
-
-void tst_ManagerRegistry::twoInterfaceManagerFillsBothSlots()
-{
-    fakes::ConfigurationAndPluginManager both;
-    registry->registerManager(both.asManager());
-    QCOMPARE(filledSlots(), QVector<bool>({true, false, false, true, false}));
-    QVERIFY(registry->getConfigurationManager()
-            == static_cast<fakes::ConfigurationManager*>(&both));
-    QVERIFY(registry->getPluginManager() == static_cast<fakes::PluginManager*>(&both));
-
-    registry->unregisterManager(both.asManager());
-    QCOMPARE(filledSlots(), QVector<bool>(5, false));
-}
-
-void tst_ManagerRegistry::twoInterfaceManagerFailureKeepsEarlierSlot()
-{
-    fakes::ConfigurationAndPluginManager both;
-    registry->registerManager(plugin);
-    try {
+    void managerOfTwoKinds()
+    {
+        fakes::ConfigurationAndPluginManager both;
         registry->registerManager(both.asManager());
-        QFAIL("no exception");
-    } catch (const ManagerRegistryException& e) {
-        QCOMPARE(e.getReason(), QStringLiteral("PluginManager already registered!"));
+        QCOMPARE(filled(), QStringLiteral("10010"));
+        configuration.nameRequests = 0;
+        registry->unregisterManager(configuration); // clears the slot whichever object it holds
+        QVERIFY(filled() == "00010" && configuration.nameRequests == 1); // asked, though not used
+        registry->unregisterManager(plugin);
+        // No roll-back: the configuration slot, tested first, keeps what it got before.
+        registry->registerManager(plugin);
+        QCOMPARE(failureOf([&] { registry->registerManager(both.asManager()); }),
+                 "ManagerRegistry::registerManager PluginManager already registered!");
+        QVERIFY(filled() == "10010" && get(3) == &plugin);
+        registry->unregisterManager(plugin);
+        QCOMPARE(failureOf([&] { registry->unregisterManager(both.asManager()); }),
+                 "ManagerRegistry::unregisterManager PluginManager already unregistered!");
+        QCOMPARE(filled(), QStringLiteral("00000"));
     }
-    QVERIFY(registry->getConfigurationManager()
-            == static_cast<fakes::ConfigurationManager*>(&both));
-    QVERIFY(registry->getPluginManager() == &plugin);
-}
 
-void tst_ManagerRegistry::twoInterfaceManagerUnregisterFailureKeepsEarlierClear()
-{
-    fakes::ConfigurationAndPluginManager both;
-    registry->registerManager(configuration);
-    try {
-        registry->unregisterManager(both.asManager());
-        QFAIL("no exception");
-    } catch (const ManagerRegistryException& e) {
-        QCOMPARE(e.getReason(), QStringLiteral("PluginManager already unregistered!"));
+    // The quit handler takes down, once, what the start-up manager brought up, or says it cannot.
+    void startUpManagerAndQuitHandler()
+    {
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+        registry->registerManager(logging);
+        registry->registerManager(configuration);
+        registry->registerManager(*StartUpManager::instance());
+        QDir::setCurrent(QDir::rootPath());
+        StartUpManager::instance()->initialize();
+        QVERIFY(QDir::currentPath() == QCoreApplication::applicationDirPath()
+                && filled() == "11111");
+        ApplicationQuitHandler handler;
+        QEvent quit(QEvent::Quit), other(QEvent::User);
+        QVERIFY(!handler.eventFilter(nullptr, &other) && filled() == "11111");
+        QVERIFY(!handler.eventFilter(nullptr, &quit) && filled() == "10001");
+        QVERIFY(!handler.eventFilter(nullptr, &quit) && logging.errors().isEmpty()); // only quits
+        registry->registerManager(*StartUpManager::instance());
+        QVERIFY(!handler.eventFilter(nullptr, &quit));
+        QCOMPARE(logging.errors(), QStringList {"ERROR deinitialize of startUpManager failed."});
     }
-    QVERIFY(!registry->hasConfigurationManager());
-}
+};
 
 QTEST_MAIN(tst_ManagerRegistry)
 #include "tst_ManagerRegistry.moc"

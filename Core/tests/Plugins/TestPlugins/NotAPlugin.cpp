@@ -1,7 +1,6 @@
 // A Qt plug-in whose root object is no IPlugin.
 
 #include <QObject>
-#include <QtPlugin>
 
 class NotAPlugin : public QObject
 {
