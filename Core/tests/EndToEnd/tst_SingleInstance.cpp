@@ -64,10 +64,10 @@ class tst_SingleInstance : public QObject
     // Whether the process runs as the first instance, once a window (the count-th) shows.
     bool runsFirst(QProcess* process, int count, int timeoutMs = 60000)
     {
-        QTest::qWaitFor(
-            [&] { return windows() == count || process->state() == QProcess::NotRunning; },
-            timeoutMs);
-        return process->state() == QProcess::Running;
+        return QTest::qWaitFor(
+                   [&] { return windows() == count || process->state() == QProcess::NotRunning; },
+                   timeoutMs)
+            && process->state() == QProcess::Running;
     }
 
 private slots:
