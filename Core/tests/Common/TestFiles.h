@@ -2,9 +2,6 @@
 
 // Reading and writing whole files in tests.
 
-#include <QByteArray>
-#include <QFile>
-#include <QString>
 #include <QtTest>
 
 inline void writeFile(const QString& path, const QByteArray& content)

@@ -1,200 +1,99 @@
-#include "TestFiles.h"
+#include "Processes.h"
 
-#include <Configuration/ConfigurationManager.h>
 #include <Logging/LoggingManager.h>
 #include <Plugins/PluginManager.h>
 #include <Plugins/ServiceManager.h>
 #include <StartUp/ManagerRegistry.h>
 
-#include <QtTest>
 #include <QtWidgets>
 
 using namespace corvane::base;
 
-// Starts the demo's inventory window with its real plug-ins, copied into a temporary folder
-// together with a test plug-in of another task, and checks its table of loaded plug-ins.
+// The demo's inventory window, started in this process with the demo's plug-ins and a test
+// plug-in of another task, copied into a temporary folder: its table of loaded plug-ins.
 class tst_PluginTable : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void initTestCase();
-    void cleanupTestCase();
-    void rows_data();
-    void rows();
-    void startingATaskUpdatesTheStates();
-    void nothingIsCutOff();
-    void doubleClickShowsTheDescription();
-
-private:
-    QTableWidget* table() const;
-    QStringList rowOf(const QString& name) const;
-
     QTemporaryDir folder;
     business::PluginManager* manager = business::PluginManager::instance();
-};
+    QPointer<QTableWidget> table;
 
-void tst_PluginTable::initTestCase()
-{
-    QVERIFY(folder.isValid());
-    const QDir demo(QStringLiteral(DEMO_FOLDER));
-    for (const QString& file :
-         {"libInventory.so", "libWindow.so", "libHeartbeat.so", "inventory.csv"}) {
-        QVERIFY2(QFile::copy(demo.filePath(file), folder.filePath(file)), qPrintable(file));
-    }
-    QVERIFY(QFile::copy(QStringLiteral(PRINT_ONLY_PLUGIN), folder.filePath("libPrintOnly.so")));
-    writeFile(folder.filePath("app.xml"),
-              "<config><plugins>"
-              "<plugin><library>Inventory</library>"
-              "<configuration><file>inventory.csv</file></configuration></plugin>"
-              "<plugin><library>Window</library></plugin>"
-              "<plugin><library>PrintOnly</library></plugin>"
-              "<plugin><library>Heartbeat</library>"
-              "<configuration><intervalMs>100</intervalMs></configuration></plugin>"
-              "</plugins></config>");
-
-    // Started as an application's start does it, from the application's folder.
-    auto* registry = business::ManagerRegistry::instance();
-    registry->registerManager(*business::LoggingManager::instance());
-    registry->registerManager(*business::ServiceManager::instance());
-    registry->registerManager(*manager);
-    QDomElement root;
-    QCOMPARE(business::ConfigurationManager::getRootElement(folder.filePath("app.xml"), root),
-             QString());
-    entities::ApplicationInformation information;
-    QList<entities::PluginConfiguration> plugins;
-    business::ConfigurationManager::readConfig(root, information, plugins);
-    QVERIFY(QDir::setCurrent(folder.path()));
-    manager->setPluginFolder(folder.path());
-    manager->setPluginConfigurations(plugins);
-    manager->loadPlugins();
-    manager->orderPlugins();
-    manager->initPlugins();
-    QVERIFY(table() != nullptr);
-    QVERIFY(QTest::qWaitForWindowExposed(table()->window()));
-}
-
-void tst_PluginTable::cleanupTestCase()
-{
-    manager->unloadPlugins();
-    const QWidgetList windows = QApplication::topLevelWidgets();
-    QVERIFY(
-        std::none_of(windows.begin(), windows.end(), [](QWidget* w) { return w->isVisible(); }));
-}
-
-QTableWidget* tst_PluginTable::table() const
-{
-    for (QWidget* window : QApplication::topLevelWidgets()) {
-        if (window->windowTitle() == "Corvane demo: inventory") {
-            return window->findChild<QTableWidget*>("plugins");
-        }
-    }
-    return nullptr;
-}
-
-// The texts of a plug-in's row, the times as "ms" when they are numbers.
-QStringList tst_PluginTable::rowOf(const QString& name) const
-{
-    QTableWidget* plugins = table();
-    for (int row = 0; row < plugins->rowCount(); ++row) {
-        if (plugins->item(row, 0)->text() == name) {
-            QStringList cells;
-            for (int column = 0; column < plugins->columnCount(); ++column) {
-                const QString text = plugins->item(row, column)->text();
-                cells << (column >= 6 && QRegularExpression("^\\d+$").match(text).hasMatch()
-                              ? QStringLiteral("ms")
-                              : text);
-            }
-            return cells;
-        }
-    }
-    return {};
-}
-
-void tst_PluginTable::rows_data()
-{
-    QTest::addColumn<int>("row");
-    QTest::addColumn<QStringList>("cells");
-
-    // Start order: all in the first pass, in name order (the window's requirement is provided
-    // earlier in that pass); PrintOnly offers only the task "Print", so it is not started.
-    const QString inventory = "corvane::demo::InventoryService";
-    QTest::newRow("heartbeat")
-        << 0
-        << QStringList {"HeartbeatPlugin", "0.12.0", "initialized", "Base", "", "", "ms", "ms"};
-    QTest::newRow("inventory") << 1
-                               << QStringList {"InventoryPlugin", "0.12.0", "initialized", "Base",
-                                               inventory,         "",       "ms",          "ms"};
-    QTest::newRow("print only") << 2 << QStringList {"PrintOnly", "0.12.0", "not initialized",
-                                                     "Print",     "",       "",
-                                                     "ms",        "ms"};
-    QTest::newRow("window") << 3
-                            << QStringList {"WindowPlugin", "0.12.0", "initialized", "Base", "",
-                                            inventory,      "ms",     "ms"};
-}
-
-void tst_PluginTable::rows()
-{
-    QFETCH(int, row);
-    QFETCH(QStringList, cells);
-    QTableWidget* plugins = table();
-    QCOMPARE(plugins->rowCount(), 4);
-    QStringList headers;
-    for (int column = 0; column < plugins->columnCount(); ++column) {
-        headers << plugins->horizontalHeaderItem(column)->text();
-    }
-    QCOMPARE(headers,
-             QStringList({"Plug-in", "Version", "State", "Tasks", "Provides", "Requires",
-                          "Load (ms)", "Initialize (ms)"}));
-    QCOMPARE(plugins->item(row, 0)->text(), cells.first());
-    QCOMPARE(rowOf(cells.first()), cells);
-}
-
-void tst_PluginTable::startingATaskUpdatesTheStates()
-{
-    manager->initializePluginsForTasks({"Print"});
-    QCOMPARE(rowOf("PrintOnly").at(2), QStringLiteral("initialized"));
-    manager->deinitializePluginsForTasks({"Print"});
-    QCOMPARE(rowOf("PrintOnly").at(2), QStringLiteral("not initialized"));
-    QCOMPARE(rowOf("InventoryPlugin").at(2), QStringLiteral("initialized"));
-}
-
-// At the window's own size every column is as wide as its widest text and every row shows.
-void tst_PluginTable::nothingIsCutOff()
-{
-    // The width a column's contents ask for (protected; reached through a using-declaration).
-    struct View : QTableWidget
+    // The header, then each row, its cells joined by '|'; times as "ms" when they are numbers.
+    QStringList rows() const
     {
-        using QTableWidget::sizeHintForColumn;
-    };
-    int (QTableView::*contentWidth)(int) const = &View::sizeHintForColumn;
-    QTableWidget* plugins = table();
-    for (int column = 0; column < plugins->columnCount(); ++column) {
-        const int needed = qMax((plugins->*contentWidth)(column),
-                                plugins->horizontalHeader()->sectionSizeHint(column));
-        QVERIFY2(plugins->columnWidth(column) >= needed,
-                 qPrintable(plugins->horizontalHeaderItem(column)->text()));
+        QStringList rows;
+        for (int row = -1; row < table->rowCount(); ++row) {
+            QStringList cells;
+            for (int column = 0; column < table->columnCount(); ++column) {
+                const QString text = row < 0 ? table->horizontalHeaderItem(column)->text()
+                                             : table->item(row, column)->text();
+                cells << (column >= 6 && text == QString::number(text.toUInt()) ? "ms" : text);
+            }
+            rows << cells.join('|');
+        }
+        return rows;
     }
-    QVERIFY(plugins->horizontalHeader()->length() <= plugins->viewport()->width());
-    QVERIFY(plugins->verticalHeader()->length() <= plugins->viewport()->height());
-    QVERIFY(!plugins->horizontalScrollBar()->isVisible());
-    QVERIFY(!plugins->verticalScrollBar()->isVisible());
-}
 
-void tst_PluginTable::doubleClickShowsTheDescription()
-{
-    QTableWidget* plugins = table();
-    const QRect cell = plugins->visualItemRect(plugins->item(1, 3));
-    QTest::mouseClick(plugins->viewport(), Qt::LeftButton, {}, cell.center());
-    QTest::mouseDClick(plugins->viewport(), Qt::LeftButton, {}, cell.center());
-    QMessageBox* box = nullptr;
-    QTRY_VERIFY((box = plugins->window()->findChild<QMessageBox*>()) != nullptr
-                && box->isVisible());
-    QCOMPARE(box->windowTitle(), QStringLiteral("InventoryPlugin 0.12.0"));
-    QCOMPARE(box->text(), QStringLiteral("Reads the stock from a CSV file"));
-    box->accept();
-    QTRY_VERIFY(plugins->window()->findChild<QMessageBox*>() == nullptr);
-}
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(copyInto(folder.path(), DEMO_FOLDER,
+                         {"libInventory.so", "libWindow.so", "libHeartbeat.so", "inventory.csv",
+                          PRINT_ONLY_PLUGIN}));
+        QDomDocument document; // each plug-in reads its own of these
+        document.setContent(
+            QByteArray("<c><file>inventory.csv</file><intervalMs>100</intervalMs></c>"));
+        const QDomElement configuration = document.documentElement();
+        // Started as an application's start does it, from the application's folder.
+        auto* registry = business::ManagerRegistry::instance();
+        registry->registerManager(*business::LoggingManager::instance());
+        registry->registerManager(*business::ServiceManager::instance());
+        registry->registerManager(*manager);
+        QVERIFY(QDir::setCurrent(folder.path()));
+        manager->setPluginFolder(folder.path());
+        manager->setPluginConfigurations({{"Inventory", configuration},
+                                          {"Window", configuration},
+                                          {"PrintOnly", configuration},
+                                          {"Heartbeat", configuration}});
+        manager->loadPlugins();
+        manager->orderPlugins();
+        manager->initPlugins();
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            table = table ? table.data() : window->findChild<QTableWidget*>("plugins");
+        }
+        QVERIFY(table && QTest::qWaitForWindowExposed(table->window()));
+    }
+    void cleanupTestCase()
+    {
+        const QPointer<QWidget> window = table->window();
+        manager->unloadPlugins();
+        QVERIFY(!window || !window->isVisible());
+    }
+
+    // In start order: all in the first pass, in name order (the window's requirement is provided
+    // earlier in that pass); PrintOnly offers only the task "Print": started with that task.
+    void rowsFollowTheTasks()
+    {
+        const QString inventory = "corvane::demo::InventoryService";
+        const auto expected = [&](const QString& printOnly) {
+            return QStringList {
+                "Plug-in|Version|State|Tasks|Provides|Requires|Load (ms)|Initialize (ms)",
+                "HeartbeatPlugin|0.12.0|initialized|Base|||ms|ms",
+                "InventoryPlugin|0.12.0|initialized|Base|" + inventory + "||ms|ms",
+                "PrintOnly|0.12.0|" + printOnly + "|Print|||ms|ms",
+                "WindowPlugin|0.12.0|initialized|Base||" + inventory + "|ms|ms"};
+        };
+        QCOMPARE(rows(), expected("not initialized"));
+        manager->initializePluginsForTasks({"Print"});
+        QCOMPARE(rows(), expected("initialized"));
+        manager->deinitializePluginsForTasks({"Print"});
+        QCOMPARE(rows(), expected("not initialized"));
+        // At the window's own size nothing is cut off.
+        QVERIFY(!table->horizontalScrollBar()->isVisible()
+                && !table->verticalScrollBar()->isVisible());
+    }
+};
 
 QTEST_MAIN(tst_PluginTable)
 #include "tst_PluginTable.moc"

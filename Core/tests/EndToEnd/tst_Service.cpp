@@ -1,337 +1,333 @@
 #include "Processes.h"
-#include "TestFiles.h"
 
-#include <QtTest>
-
-#include <signal.h>
+#include <numeric>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 namespace {
-const QRegularExpression
-    heartbeatDeinitialized(R"(deinitPlugin: Plugin "?HeartbeatPlugin"? deinitialized\.)");
+const QString plugins = "<plugin><library>Inventory</library></plugin><plugin><library>Heartbeat"
+                        "</library><configuration><intervalMs>100</intervalMs></configuration>"
+                        "</plugin>";
+const QString missing = "<plugin><library>Missing</library></plugin>";
+const QString blocker = "<plugin><library>Blocker</library><configuration>%1</configuration>"
+                        "</plugin>";
+const QRegularExpression deinitialized(R"(deinitPlugin: Plugin "?HeartbeatPlugin"? deinitialized)");
+
+// The socket systemd hands a service in NOTIFY_SOCKET, with what came so far: the watchdog's
+// pings by the kernel's time stamp (ms) of their arrival, not shifted by a busy test.
+struct NotifySocket
+{
+    int fd = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    QByteArrayList texts;
+    QList<qint64> pings;
+
+    explicit NotifySocket(const QString& path)
+    {
+        QFile::remove(path);
+        sockaddr_un address {AF_UNIX, {}};
+        qstrncpy(address.sun_path, QFile::encodeName(path), sizeof address.sun_path);
+        const int on = 1;
+        QVERIFY(::setsockopt(fd, SOL_SOCKET, SO_TIMESTAMP, &on, sizeof on) == 0);
+        QVERIFY(::bind(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0);
+    }
+    ~NotifySocket() { ::close(fd); }
+    NotifySocket& read()
+    {
+        char text[4096];
+        alignas(cmsghdr) char control[CMSG_SPACE(sizeof(timeval))];
+        iovec data {text, sizeof text};
+        msghdr message {nullptr, 0, &data, 1, control, sizeof control, 0};
+        for (ssize_t size; (size = ::recvmsg(fd, &message, 0)) >= 0;) {
+            const auto* time = reinterpret_cast<const timeval*>(CMSG_DATA(CMSG_FIRSTHDR(&message)));
+            if (QByteArray(text, int(size)) == "WATCHDOG=1")
+                pings << time->tv_sec * 1000 + time->tv_usec / 1000;
+            else
+                texts << QByteArray(text, int(size));
+        }
+        return *this;
+    }
+    QByteArray sent() { return read().texts.join('|'); } // all but the pings, in order
+};
 } // namespace
 
-// The demo's service executable, copied into a temporary folder with a service name of its
-// own and a unit folder of its own (CORVANE_SYSTEMD_UNIT_DIR).
+// The demo's service executable in a temporary folder, with a service name and a unit folder
+// (CORVANE_SYSTEMD_UNIT_DIR) of its own: the actions as a user runs them, the daemon that they
+// start, and the service as systemd runs it, beside a test plug-in.
 class tst_Service : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void initTestCase();
-    void cleanupTestCase();
-    void cleanup();
-
-    void usage_data();
-    void usage();
-    void lifecycle();
-    void refusedNames_data();
-    void refusedNames();
-    void sigtermEndsAForegroundRun();
-    void stoppedDaemonIsGone_data();
-    void stoppedDaemonIsGone();
-    void daemonThatCannotStartIsReported();
-    void sighupKeepsTheFileLog();
-
-private:
-    struct Run
-    {
-        int exitCode = -1;
-        QString out;
-        QString err;
-    };
-    Run run(const QStringList& arguments, int timeoutMs = 120000);
-    QString path(const QString& name) const { return folder.filePath(name); }
-    QString log() const
-    {
-        return QString::fromUtf8(readFile(folder.filePath("logs/corvane-demo-service.log")));
-    }
-    void writeConfiguration(const QString& serviceName, const QString& plugins = {});
-
     QTemporaryDir folder;
-    QString name;
-};
-
-void tst_Service::initTestCase()
-{
-    QVERIFY(adoptOrphans()); // the daemons, so that their end can be seen
-    QVERIFY(folder.isValid());
-    const QDir demo(QStringLiteral(DEMO_FOLDER));
-    for (const QString& file : {"corvane-demo-service", "libInventory.so", "libHeartbeat.so",
-                                "corvane-demo-service.properties", "inventory.csv"}) {
-        QVERIFY2(QFile::copy(demo.filePath(file), path(file)), qPrintable(file));
-    }
-    name = QStringLiteral("tst-service-%1").arg(QCoreApplication::applicationPid());
-    writeConfiguration(name);
-}
-
-void tst_Service::writeConfiguration(const QString& serviceName, const QString& plugins)
-{
-    QString xml = QStringLiteral(
-        "<config><information><applicationname>%1</applicationname>"
-        "<applicationtype>SERVICE</applicationtype></information><plugins>%2</plugins></config>");
-    writeFile(path("corvane-demo-service.xml"),
-              xml.arg(serviceName.toHtmlEscaped(),
-                      plugins.isEmpty() ? "<plugin><library>Inventory</library></plugin>"
-                                          "<plugin><library>Heartbeat</library><configuration>"
-                                          "<intervalMs>100</intervalMs></configuration></plugin>"
-                                        : plugins)
-                  .toUtf8());
-}
-
-// Whatever of this folder's executable still runs was started here.
-void tst_Service::cleanupTestCase()
-{
-    QVERIFY(killProcessesOf(path("corvane-demo-service")));
-}
-
-void tst_Service::cleanup()
-{
-    run({"-t"}, 30000); // whatever a failed test left running, then whatever did not stop
-    QVERIFY(killProcessesOf(path("corvane-demo-service")));
-    writeConfiguration(name);
-    QFile::remove(path("corvane-demo-service.properties"));
-    QVERIFY(
-        QFile::copy(QDir(QStringLiteral(DEMO_FOLDER)).filePath("corvane-demo-service.properties"),
-                    path("corvane-demo-service.properties")));
-}
-
-tst_Service::Run tst_Service::run(const QStringList& arguments, int timeoutMs)
-{
-    QProcess process;
+    const QString exe = folder.filePath("corvane-demo-service");
+    const QString name = QStringLiteral("tst-service-%1").arg(QCoreApplication::applicationPid());
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("CORVANE_SYSTEMD_UNIT_DIR", path("units"));
-    environment.remove("QT_MESSAGE_PATTERN"); // Qt's default handler writes the bare text
-    // Without systemd's socket the service starts as a daemon of its own.
-    environment.remove("NOTIFY_SOCKET");
-    process.setProcessEnvironment(environment);
-    process.start(path("corvane-demo-service"), arguments);
-    Run result;
-    if (!process.waitForFinished(timeoutMs)) {
-        process.kill();
-        process.waitForFinished();
-        result.out = QStringLiteral("<still running after %1 ms>").arg(timeoutMs);
-        return result;
-    }
-    result.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -2;
-    result.out = QString::fromLocal8Bit(process.readAllStandardOutput());
-    result.err = QString::fromLocal8Bit(process.readAllStandardError());
-    return result;
-}
 
-void tst_Service::usage_data()
-{
-    QTest::addColumn<QString>("argument");
-    QTest::addColumn<int>("exitCode");
-    QTest::newRow("-h") << "-h" << 0;
-    QTest::newRow("-help") << "-help" << 0;
-    QTest::newRow("unknown switch") << "-x" << 1;
-}
-
-void tst_Service::usage()
-{
-    QFETCH(QString, argument);
-    QFETCH(int, exitCode);
-    const Run result = run({argument});
-    QCOMPARE(result.exitCode, exitCode);
-    QCOMPARE(result.out,
-             "\n" + path("corvane-demo-service")
-                 + " -[i|u|e|s|v|h]\n"
-                   "\t-i(nstall) [account] [password]\t: Install the service, optionally using "
-                   "given account and password\n"
-                   "\t-u(ninstall)\t: Uninstall the service.\n"
-                   "\t-e(xec)\t\t: Run as a regular application. Useful for debugging.\n"
-                   "\t-t(erminate)\t: Stop the service.\n"
-                   "\t-c(ommand) num\t: Send command code num to the service.\n"
-                   "\t-v(ersion)\t: Print version and status information.\n"
-                   "\t-h(elp)   \t: Show this help\n"
-                   "\tNo arguments\t: Start the service.\n\n");
-}
-
-void tst_Service::lifecycle()
-{
-    const QString unit = path("units/" + name + ".service");
-    Run result = run({"-i", "someone", "secret"});
-    QCOMPARE(result.exitCode, 0);
-    QCOMPARE(result.out, "The service " + name + " has been installed under: " + unit + "\n");
-    const QByteArray written = readFile(unit);
-    QVERIFY(
-        written.contains("Type=notify\nExecStart=" + path("corvane-demo-service").toUtf8() + "\n"));
-    QVERIFY(written.contains("\nUser=someone\n"));
-    QVERIFY(!written.contains("secret"));
-    const QString analyze = QStandardPaths::findExecutable("systemd-analyze");
-    if (!analyze.isEmpty()) {
-        QProcess verify;
-        verify.start(analyze, {"verify", unit});
-        QVERIFY(verify.waitForFinished(60000));
-        QCOMPARE(verify.exitCode(), 0);
-        QCOMPARE(QString::fromLocal8Bit(verify.readAllStandardError()), QString());
+    QString log() const { return readFile(folder.filePath("logs/corvane-demo-service.log")); }
+    Run control(const QStringList& arguments) { return run(exe, arguments, environment); }
+    void configure(const QString& service, const QString& pluginList = plugins,
+                   const QString& file = "corvane-demo-service.xml", const QString& more = {})
+    {
+        const QString xml = "<config><information><applicationname>%1</applicationname>"
+                            "<applicationtype>SERVICE</applicationtype></information>%2"
+                            "<plugins>%3</plugins></config>";
+        writeFile(folder.filePath(file),
+                  xml.arg(service.toHtmlEscaped(), more, pluginList).toUtf8());
     }
 
-    result = run({"-install"});
-    QCOMPARE(result.exitCode, 1);
-    QCOMPARE(result.out, "The service " + name + " is already installed\n");
-    QCOMPARE(readFile(unit), written);
-
-    result = run({"-v"});
-    QVERIFY2(result.out.endsWith("is installedand not running\n\n"), qPrintable(result.out));
-
-    result = run({});
-    QCOMPARE(result.exitCode, 0); // the daemon answers on its control socket
-    QTRY_VERIFY_WITH_TIMEOUT(log().contains("heartbeat 1"), 30000);
-    QVERIFY(run({"-v"}).out.endsWith("is installedand running\n\n"));
-
-    QCOMPARE(run({"-p"}).exitCode, 0);
-    QCOMPARE(run({"-r"}).exitCode, 0);
-    QCOMPARE(run({"-c", "7"}).exitCode, 0);
-    QTRY_VERIFY_WITH_TIMEOUT(log().contains("heartbeat: command 7 received"), 30000);
-    QVERIFY(log().contains("heartbeat paused"));
-    QVERIFY(log().contains("heartbeat resumed"));
-
-    QCOMPARE(run({"-t"}).exitCode, 0);
-    QTRY_VERIFY_WITH_TIMEOUT(log().contains(heartbeatDeinitialized), 30000);
-    QTRY_VERIFY_WITH_TIMEOUT(run({"-v"}).out.endsWith("is installedand not running\n\n"), 30000);
-
-    result = run({"-t"});
-    QCOMPARE(result.exitCode, 1);
-    QCOMPARE(result.out, QStringLiteral("The service could not be stopped."));
-
-    result = run({"-u"});
-    QCOMPARE(result.exitCode, 0);
-    QCOMPARE(result.out, "The service " + name + " has been uninstalled.\n");
-    QVERIFY(!QFile::exists(unit));
-    result = run({"-uninstall"});
-    QCOMPARE(result.exitCode, 1);
-    QCOMPARE(result.out, "The service " + name + " is not installed\n");
-}
-
-void tst_Service::refusedNames_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QString>("serviceName");
-    QTest::addColumn<QString>("warning");
-    for (const QStringList& arguments : {QStringList {"-i"}, {"-t"}, {"-e"}, {}}) {
-        const QByteArray action = arguments.isEmpty() ? "no argument" : arguments[0].toLatin1();
-        QTest::addRow("%s, 256 characters", action.data())
-            << arguments << QString(256, QLatin1Char('n'))
-            << "ServiceController: 'name' is longer than 255 characters.";
-        QTest::addRow("%s, backslash", action.data())
-            << arguments << "a\\b"
-            << "ServiceController: 'name' contains backslashes '\\'.";
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(
+            copyInto(folder.path(), DEMO_FOLDER,
+                     {"corvane-demo-service", "libInventory.so", "libHeartbeat.so", "inventory.csv",
+                      QCoreApplication::applicationDirPath() + "/libBlocker.so"}));
+        environment.insert("CORVANE_SYSTEMD_UNIT_DIR", folder.filePath("units"));
+        for (const char* variable : {"QT_MESSAGE_PATTERN", "NOTIFY_SOCKET", "WATCHDOG_USEC"})
+            environment.remove(variable); // Qt's messages as bare texts; no systemd
     }
-}
+    void init() { QFile::remove(folder.filePath("logs/corvane-demo-service.log")); }
+    void cleanup()
+    {
+        QVERIFY(killProcessesOf(exe));
+        configure(name);
+        QFile::remove(folder.filePath("corvane-demo-service.properties"));
+        QVERIFY(copyInto(folder.path(), DEMO_FOLDER, {"corvane-demo-service.properties"}));
+    }
 
-void tst_Service::refusedNames()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QString, serviceName);
-    QFETCH(QString, warning);
-    writeConfiguration(serviceName);
-    const QList<qint64> before = processesOf(path("corvane-demo-service"));
-    const auto started = [&] {
-        QList<qint64> pids = processesOf(path("corvane-demo-service"));
-        for (qint64 pid : before) {
-            pids.removeAll(pid);
+    void actions_data()
+    {
+        QTest::addColumn<QString>("serviceName");
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("outcome"); // exit code and standard output
+        QTest::addColumn<QString>("err"); // what standard error holds
+        const QString usage = "\n" + exe
+            + " -[i|u|e|s|v|h]\n\t-i(nstall) [account] [password]\t: Install the service, "
+              "optionally using given account and password\n\t-u(ninstall)\t: Uninstall the "
+              "service.\n\t-e(xec)\t\t: Run as a regular application. Useful for debugging.\n\t-t("
+              "erminate)\t: Stop the service.\n\t-c(ommand) num\t: Send command code num to the "
+              "service.\n\t-v(ersion)\t: Print version and status information.\n\t-h(elp)   \t: "
+              "Show this help\n\tNo arguments\t: Start the service.\n\n";
+        QTest::newRow("-h") << name << QStringList {"-h"} << "0 " + usage << QString();
+        QTest::newRow("-help") << name << QStringList {"-help"} << "0 " + usage << QString();
+        QTest::newRow("-x") << name << QStringList {"-x"} << "1 " + usage << QString();
+        QTest::newRow("-t, none running")
+            << name << QStringList {"-t"} << "1 The service could not be stopped." << QString();
+        QTest::newRow("-uninstall, none installed")
+            << name << QStringList {"-uninstall"} << "1 The service " + name + " is not installed\n"
+            << QString();
+        for (const QString& action : {"-i", "-t", "-e", "start"}) {
+            const QStringList arguments = QStringList(action).filter("-");
+            QTest::addRow("%s 256 characters", qPrintable(action))
+                << QString(256, 'n') << arguments << "1 "
+                << "ServiceController: 'name' is longer than 255 characters.";
+            QTest::addRow("%s backslash", qPrintable(action))
+                << "a\\b" << arguments << "1 "
+                << "ServiceController: 'name' contains backslashes '\\'.";
         }
-        return pids;
-    };
-    const Run result = run(arguments, 30000);
-    static_cast<void>(QTest::qWaitFor([&] { return started().isEmpty(); }, 5000));
-    const QList<qint64> left = started();
-    for (qint64 pid : left) {
-        ::kill(pid_t(pid), SIGKILL);
     }
-    QVERIFY(QTest::qWaitFor([&] { return started().isEmpty(); }, 10000));
-    QVERIFY2(left.isEmpty(), "a process of the service was left running");
-    QCOMPARE(result.exitCode, 1);
-    QVERIFY2(result.err.split('\n').contains(warning), qPrintable(result.err));
-    QCOMPARE(result.out, QString());
-}
-
-void tst_Service::sigtermEndsAForegroundRun()
-{
-    QProcess foreground;
-    foreground.start(path("corvane-demo-service"), {"-e"});
-    QTRY_VERIFY_WITH_TIMEOUT(log().count("slotStart: service started") >= 1
-                                 && run({"-v"}).out.contains("and running"),
-                             30000);
-    const int deinitializedBefore = log().count(heartbeatDeinitialized);
-    foreground.terminate(); // SIGTERM, as systemd sends it
-    QVERIFY(foreground.waitForFinished(60000));
-    QCOMPARE(foreground.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(foreground.exitCode(), 0);
-    QCOMPARE(log().count(heartbeatDeinitialized), deinitializedBefore + 1);
-}
-
-void tst_Service::stoppedDaemonIsGone_data()
-{
-    QTest::addColumn<int>("signal"); // 0: stopped with "-t"
-    QTest::newRow("-t") << 0;
-    QTest::newRow("SIGTERM") << int(SIGTERM);
-    QTest::newRow("SIGINT") << int(SIGINT);
-}
-
-void tst_Service::stoppedDaemonIsGone()
-{
-    QFETCH(int, signal);
-    const int startedBefore = log().count("heartbeat 1\n");
-    const int deinitializedBefore = log().count(heartbeatDeinitialized);
-    QCOMPARE(run({}).exitCode, 0);
-    QList<qint64> daemons;
-    QVERIFY(waitFor(
-        [&] { return (daemons = processesOf(path("corvane-demo-service"))).size() == 1; }, 10000));
-    QTRY_VERIFY_WITH_TIMEOUT(log().count("heartbeat 1\n") > startedBefore, 30000);
-
-    if (signal == 0) {
-        QCOMPARE(run({"-t"}).exitCode, 0);
-    } else {
-        QCOMPARE(::kill(pid_t(daemons.first()), signal), 0);
+    void actions() // that end at once
+    {
+        QFETCH(QString, serviceName);
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, outcome);
+        QFETCH(QString, err);
+        configure(serviceName);
+        const Run result = control(arguments);
+        QCOMPARE(result.outcome(), outcome);
+        QVERIFY2(result.err.contains(err), qPrintable(result.err));
+        QVERIFY(processesOf(exe).isEmpty());
     }
-    QTRY_VERIFY_WITH_TIMEOUT(log().count(heartbeatDeinitialized) > deinitializedBefore, 30000);
-    QVERIFY2(waitUntilGone(daemons.first(), 5000), "the stopped daemon is still running");
-}
 
-void tst_Service::daemonThatCannotStartIsReported()
-{
-    writeConfiguration(name, "<plugin><library>Missing</library></plugin>");
-    const Run result = run({}, 10000);
-    QCOMPARE(result.out, "The service " + name + " could not start\n");
-    QCOMPARE(result.exitCode, 1);
-    for (const qint64 pid : processesOf(path("corvane-demo-service"))) {
-        QVERIFY2(waitUntilGone(pid, 5000), "the daemon that could not start is still running");
+    void installedUnit_data()
+    {
+        QTest::addColumn<QStringList>("options"); // before the switch
+        QTest::addColumn<QStringList>("account"); // after it
+        QTest::addColumn<QString>("watchdogSec");
+        QTest::addColumn<QStringList>("lines"); // beside those of every unit; "!": absent
+        QTest::newRow("account") << QStringList() << QStringList {"someone", "secret"} << ""
+                                 << QStringList {"ExecStart=" + exe, "User=someone", "!secret",
+                                                 "!WatchdogSec"};
+        QTest::newRow("-C, watchdog")
+            << QStringList {"-C", "other.xml"} << QStringList() << "30"
+            << QStringList {"ExecStart=" + exe + " -C other.xml", "WatchdogSec=30", "!User"};
+        QTest::newRow("-C with a blank, watchdog")
+            << QStringList {"-C", "my service.xml"} << QStringList() << "5"
+            << QStringList {"ExecStart=" + exe + " -C \"my service.xml\"", "WatchdogSec=5"};
     }
-}
+    void installedUnit()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(QStringList, account);
+        QFETCH(QString, watchdogSec);
+        QFETCH(QStringList, lines);
+        // Each configuration names a service of its own, so each action shows the one it read.
+        const QString service = name + "-w" + watchdogSec;
+        const QString unit = folder.filePath("units/" + service + ".service");
+        configure(service, plugins, options.value(1, "corvane-demo-service.xml"),
+                  QString("<service><watchdogsec>%1</watchdogsec></service>")
+                      .arg(watchdogSec)
+                      .repeated(!watchdogSec.isEmpty()));
+        QCOMPARE(control(options + QStringList {"-i"} + account).outcome(),
+                 "0 The service " + service + " has been installed under: " + unit + "\n");
+        const QString written = readFile(unit);
+        for (const QString& line : lines << "Type=notify"
+                                         << "ExecReload=/bin/kill -HUP $MAINPID")
+            QVERIFY2(line.startsWith('!') ? !written.contains(line.mid(1))
+                                          : written.split('\n').contains(line),
+                     qPrintable(line + " in:\n" + written));
+        const Run verify
+            = run(QStandardPaths::findExecutable("systemd-analyze"), {"verify", "--man=no", unit});
+        QCOMPARE(verify.err + verify.outcome(), "0 ");
+        QCOMPARE(control(options << "-install").outcome(),
+                 "1 The service " + service + " is already installed\n");
+        QCOMPARE(readFile(unit), written.toUtf8());
+        options.removeLast();
+        QVERIFY(
+            control(options + QStringList {"-v"}).out.endsWith("is installedand not running\n\n"));
+        QCOMPARE(control(options << "-u").outcome(),
+                 "0 The service " + service + " has been uninstalled.\n");
+        QVERIFY(!QFile::exists(unit));
+    }
 
-void tst_Service::sighupKeepsTheFileLog()
-{
-    // A plain file appender without "Append=true": log4cplus opens it truncating by default.
-    writeFile(path("corvane-demo-service.properties"),
-              "log4cplus.rootLogger=INFO, FILE\n"
-              "log4cplus.appender.FILE=log4cplus::FileAppender\n"
-              "log4cplus.appender.FILE.File=logs/corvane-demo-service.log\n"
-              "log4cplus.appender.FILE.layout=log4cplus::PatternLayout\n"
-              "log4cplus.appender.FILE.layout.ConversionPattern=%m%n\n");
-    QFile::remove(path("logs/corvane-demo-service.log"));
-    QProcess foreground;
-    foreground.start(path("corvane-demo-service"), {"-e"});
-    QTRY_VERIFY_WITH_TIMEOUT(log().contains("heartbeat 3\n"), 30000);
-    const QString before = log();
+    void daemon_data()
+    {
+        QTest::addColumn<int>("signal"); // 0: stopped with "-t"
+        QTest::newRow("-t") << 0;
+        QTest::newRow("SIGTERM") << int(SIGTERM);
+        QTest::newRow("SIGINT") << int(SIGINT);
+    }
+    // Started without systemd, the service runs as a daemon of its own that follows the actions
+    // until it is stopped; then it is gone, its plug-ins deinitialized.
+    void daemon()
+    {
+        QFETCH(int, signal);
+        QCOMPARE(control({}).exitCode, 0); // the daemon answers on its control socket
+        const QList<qint64> daemons = processesOf(exe);
+        QCOMPARE(daemons.size(), 1);
+        QTRY_VERIFY_WITH_TIMEOUT(log().contains("heartbeat 1\n"), 30000);
+        QVERIFY(control({"-v"}).out.endsWith("is not installedand running\n\n"));
+        if (signal == 0) {
+            QCOMPARE(control({"-p"}).outcome() + control({"-r"}).outcome()
+                         + control({"-c", "7"}).outcome(),
+                     "0 0 0 ");
+            QTRY_VERIFY_WITH_TIMEOUT(log().contains("heartbeat: command 7 received"), 30000);
+            QVERIFY(log().contains("heartbeat paused") && log().contains("heartbeat resumed"));
+        }
+        QVERIFY(signal == 0 ? control({"-t"}).exitCode == 0
+                            : ::kill(pid_t(daemons[0]), signal) == 0);
+        QVERIFY2(waitUntilGone(daemons[0], 30000), "the stopped daemon is still running");
+        QCOMPARE(log().count(deinitialized), 1);
+        QVERIFY(control({"-v"}).out.endsWith("is not installedand not running\n\n"));
+    }
 
-    const int beats = before.count(QRegularExpression("heartbeat \\d+\n"));
-    QCOMPARE(::kill(pid_t(foreground.processId()), SIGHUP), 0);
-    // Re-read: logging starts again with its first line, or the file was cut; two seconds of
-    // beats later at the most.
-    QTRY_VERIFY_WITH_TIMEOUT(
-        log().count("start of log file") > 1 || !log().startsWith(before)
-            || log().contains(QStringLiteral("heartbeat %1\n").arg(beats + 20)),
-        30000);
-    QVERIFY2(log().startsWith(before), qPrintable(log().left(2000)));
-    QTRY_VERIFY_WITH_TIMEOUT(log().contains(QStringLiteral("heartbeat %1\n").arg(beats + 25)),
-                             30000);
-
-    foreground.terminate();
-    QVERIFY(foreground.waitForFinished(30000));
-    QCOMPARE(foreground.exitCode(), 0);
-}
+    void underSystemd_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("variables"); // beside NOTIFY_SOCKET (none with -e)
+        QTest::addColumn<QString>("pluginList");
+        QTest::addColumn<QString>("step"); // what is done and checked once it runs
+        const QStringList none;
+        const QString blocking = plugins + blocker.arg("<blockOnCommandMs>2000</blockOnCommandMs>");
+        const QString watchdog = "WATCHDOG_USEC=400000";
+        // The default configuration names a missing plug-in: only other.xml lets it start.
+        QTest::newRow("-C other.xml") << QStringList {"-C", "other.xml"} << "" << missing << "";
+        QTest::newRow("reloaded") << none << "" << plugins << "reload FileAppender";
+        QTest::newRow("reloaded, rolling") << none << "" << plugins << "reload RollingFileAppender";
+        QTest::newRow("-e, reloaded")
+            << QStringList {"-e"} << "" << plugins << "reload FileAppender";
+        QTest::newRow("missing library") << none << "" << missing << "fail Missing";
+        QTest::newRow("plug-in refuses to start")
+            << none << "" << blocker.arg("<failInitialize>true</failInitialize>")
+            << "fail refuses to start";
+        QTest::newRow("watchdog") << none << watchdog << blocking << "ping";
+        QTest::newRow("watchdog for it")
+            << none << watchdog + " WATCHDOG_PID=$$" << blocking << "ping";
+        QTest::newRow("watchdog for another")
+            << none << watchdog + " WATCHDOG_PID=$PPID" << blocking << "no pings";
+    }
+    // As systemd runs it: in place (the process started is the service, there is no other), with
+    // its status in order. SIGHUP re-reads the logging properties (between RELOADING=1 and
+    // READY=1), and the log goes on, not cut though the appender would truncate by default. Asked
+    // for a watchdog of 400 ms, the main loop pings every 200 ms, and not while a command blocks
+    // it (the test plug-in, for 2 s). SIGTERM ends it with STOPPING=1 and 0. A failed start says
+    // why; without systemd, the daemon that fails is gone.
+    void underSystemd()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, variables);
+        QFETCH(QString, pluginList);
+        QFETCH(QString, step);
+        configure(name, pluginList);
+        configure(name, plugins, "other.xml");
+        const QString properties = folder.filePath("corvane-demo-service.properties");
+        if (step.startsWith("reload"))
+            writeFile(properties,
+                      readFile(properties).replace("RollingFileAppender", step.mid(7).toUtf8()));
+        NotifySocket socket(folder.filePath("notify"));
+        QProcess service; // the shell replaces itself, so WATCHDOG_PID=$$ names the service
+        service.setProcessEnvironment(environment);
+        const bool notify = !arguments.contains("-e");
+        const QString script
+            = "export NOTIFY_SOCKET=" + folder.filePath("notify") + " " + variables + ";";
+        service.start("/bin/sh",
+                      QStringList {"-c", script.repeated(notify) + "exec \"$0\" \"$@\"", exe}
+                          + arguments);
+        if (step.startsWith("fail")) {
+            QVERIFY(service.waitForFinished(60000));
+            QCOMPARE(service.exitCode(), 1);
+            QVERIFY2(
+                QRegularExpression("^(STATUS=[^|]*\\|)*STATUS=The Service failed to start \\[[^|]*"
+                                   + step.mid(5) + "[^|]*\\]$")
+                    .match(socket.sent())
+                    .hasMatch(),
+                socket.sent());
+            QCOMPARE(control({}).outcome(), "1 The service " + name + " could not start\n");
+            QVERIFY(QTest::qWaitFor([&] { return processesOf(exe).isEmpty(); }, 5000));
+            return;
+        }
+        const QByteArray status
+            = QByteArray("STATUS=Loading plug-ins|STATUS=Starting plug-ins|STATUS=Running|READY=1")
+                  .repeated(notify);
+        QTRY_VERIFY_WITH_TIMEOUT(
+            log().contains("heartbeat 3\n") && socket.sent().size() >= status.size(), 60000);
+        QCOMPARE(socket.sent(), status);
+        QCOMPARE(processesOf(exe), QList<qint64> {service.processId()});
+        if (step.startsWith("reload")) {
+            writeFile(properties, readFile(properties).replace("Pattern=", "Pattern=reloaded: "));
+            const QString before = log();
+            QCOMPARE(::kill(pid_t(service.processId()), SIGHUP), 0);
+            QTRY_VERIFY_WITH_TIMEOUT(
+                log().contains(QRegularExpression("\nreloaded: .*heartbeat \\d+\n")), 30000);
+            QVERIFY2(log().startsWith(before), qPrintable(log().left(2000)));
+            QTRY_COMPARE(socket.sent(),
+                         status + QByteArray("|RELOADING=1|READY=1").repeated(notify));
+        }
+        QVERIFY(step != "no pings"
+                || !QTest::qWaitFor([&] { return !socket.read().pings.isEmpty(); }, 2000));
+        if (step == "ping") {
+            // Some 15 pings in 3 s, on average no less than 140 and no more than 300 ms apart.
+            QVERIFY(QTest::qWaitFor([&] { return socket.read().pings.size() > 15; }, 20000));
+            const int before = socket.pings.size();
+            const qint64 mean = (socket.pings.last() - socket.pings.first()) / (before - 1);
+            QVERIFY2(mean >= 140 && mean <= 300, qPrintable(QString::number(mean)));
+            QCOMPARE(control({"-c", "5"}).exitCode, 0);
+            QTRY_VERIFY_WITH_TIMEOUT(log().contains("test: Blocker unblocked"), 30000);
+            QVERIFY(log().contains("test: Blocker blocking on command 5"));
+            QVERIFY(
+                QTest::qWaitFor([&] { return socket.read().pings.size() >= before + 3; }, 10000));
+            QList<qint64> gaps = socket.pings;
+            std::adjacent_difference(gaps.begin(), gaps.end(), gaps.begin());
+            QVERIFY(*std::max_element(gaps.begin() + before, gaps.end()) >= 1800);
+        }
+        QCOMPARE(socket.pings.isEmpty(), step != "ping");
+        const QByteArray before = socket.sent();
+        service.terminate();
+        QVERIFY(service.waitForFinished(60000));
+        QCOMPARE(service.exitStatus() + service.exitCode(), 0);
+        QCOMPARE(socket.sent(), before + QByteArray("|STOPPING=1").repeated(notify));
+        QCOMPARE(log().count(deinitialized), 1);
+    }
+};
 
 QTEST_MAIN(tst_Service)
 #include "tst_Service.moc"

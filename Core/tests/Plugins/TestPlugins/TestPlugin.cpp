@@ -1,32 +1,28 @@
-// One plug-in source, built into several libraries: TEST_PLUGIN_NAME, TEST_PROVIDES,
-// TEST_REQUIRES, TEST_OPTIONAL and TEST_TASKS (comma-separated) make each one different.
-// Its configuration element may say <canClose>false</canClose>,
-// <failInitialize>true</failInitialize>, <holdUntil>file</holdUntil> (its load then takes
-// until that file exists, at most a minute, with Qt's events going on meanwhile) or
-// <blockOnCommandMs>ms</blockOnCommandMs> (in a service, each custom command then blocks the
-// main thread for that long). It reports what is done to it as Qt messages.
+// One plug-in source, built into several libraries that TEST_PLUGIN_NAME, TEST_PROVIDES,
+// TEST_REQUIRES, TEST_OPTIONAL and TEST_TASKS (comma-separated) make different; it reports what
+// is done to it as Qt messages. Its configuration may say <canClose>false</canClose>,
+// <failInitialize>true</failInitialize>, <holdUntil>file</holdUntil> (its load waits, a minute
+// at most and with Qt's events going on, until the file exists) or <blockOnCommandMs>ms
+// </blockOnCommandMs> (each custom command of a service then blocks the main thread that long).
 
 #include <Exceptions/Exceptions.h>
 #include <StartUp/Service.h>
 #include <Utility/AbstractPlugin.h>
 #include <Utility/XMLHelper.h>
 
+#include <QCoreApplication>
 #include <QDeadlineTimer>
-#include <QDebug>
-#include <QDomElement>
-#include <QEventLoop>
 #include <QFile>
 #include <QThread>
-#include <QTimer>
 
 namespace {
 
+using corvane::base::core::utility::XMLHelper;
+
 QStringList listOf(const char* text)
 {
-    return QString::fromLatin1(text).split(QLatin1Char(','), Qt::SkipEmptyParts);
+    return QString(text).split(',', Qt::SkipEmptyParts);
 }
-
-using corvane::base::core::utility::XMLHelper;
 
 class TestPlugin : public corvane::base::core::utility::AbstractPlugin
 {
@@ -37,52 +33,39 @@ class TestPlugin : public corvane::base::core::utility::AbstractPlugin
 public:
     TestPlugin()
     {
-        setDescription(QStringLiteral("test plug-in " TEST_PLUGIN_NAME));
-        for (const QString& service : listOf(TEST_PROVIDES)) {
+        setDescription("test plug-in " TEST_PLUGIN_NAME);
+        for (const QString& service : listOf(TEST_PROVIDES))
             addProvidedService(nullptr, service);
-        }
-        for (const QString& service : listOf(TEST_REQUIRES)) {
+        for (const QString& service : listOf(TEST_REQUIRES))
             addRequiredService(service);
-        }
-        for (const QString& service : listOf(TEST_OPTIONAL)) {
+        for (const QString& service : listOf(TEST_OPTIONAL))
             addOptionalRequiredService(service);
-        }
     }
 
-    void getName(QString& name) override { name = QStringLiteral(TEST_PLUGIN_NAME); }
+    void getName(QString& name) override { name = TEST_PLUGIN_NAME; }
     void getProvidedTasks(QStringList& tasks) override { tasks = listOf(TEST_TASKS); }
 
     void setConfiguration(QDomElement& configuration) override
     {
-        XMLHelper::readBoolFromXML(configuration, QStringLiteral("canClose"), &canClose);
-        XMLHelper::readBoolFromXML(configuration, QStringLiteral("failInitialize"),
-                                   &failInitialize);
-        XMLHelper::readIntFromXML(configuration, QStringLiteral("blockOnCommandMs"),
-                                  &blockOnCommandMs);
-        QString holdUntil;
-        XMLHelper::readStringFromXML(configuration, QStringLiteral("holdUntil"), &holdUntil);
-        if (!holdUntil.isEmpty()) {
+        XMLHelper::readBoolFromXML(configuration, "canClose", &canClose);
+        XMLHelper::readBoolFromXML(configuration, "failInitialize", &failInitialize);
+        XMLHelper::readIntFromXML(configuration, "blockOnCommandMs", &blockOnCommandMs);
+        QString file;
+        if (XMLHelper::readStringFromXML(configuration, "holdUntil", &file)) {
             qInfo("test: %s holding", TEST_PLUGIN_NAME);
-            const QDeadlineTimer deadline(60000);
-            QEventLoop loop;
-            QTimer poll;
-            connect(&poll, &QTimer::timeout, &loop, [&] {
-                if (QFile::exists(holdUntil) || deadline.hasExpired()) {
-                    loop.quit();
-                }
-            });
-            poll.start(20);
-            loop.exec();
+            for (QDeadlineTimer deadline(60000); !QFile::exists(file) && !deadline.hasExpired();) {
+                QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+                QThread::msleep(20);
+            }
             qInfo("test: %s released", TEST_PLUGIN_NAME);
         }
     }
 
     void initialize() override
     {
-        if (failInitialize) {
-            throw corvane::base::exceptions::PluginException(this, QStringLiteral("initialize()"),
-                                                             QStringLiteral("refuses to start"));
-        }
+        if (failInitialize)
+            throw corvane::base::exceptions::PluginException(this, "initialize()",
+                                                             "refuses to start");
         AbstractPlugin::initialize();
         auto* service = corvane::base::business::Service::instance();
         if (blockOnCommandMs > 0 && service) {
