@@ -1,11 +1,11 @@
 #pragma once
 
-// What every harness shares: a Qt application object, quiet Qt messages, and a check that
-// ends the run with a report, so that libFuzzer keeps the input as a finding.
+// What the harnesses share: a quiet Qt application (an "ASSERT: ..." of the library is a finding),
+// a check whose failure ends the run so that libFuzzer keeps the input, files, bounded waiting.
 
-#include <QByteArray>
 #include <QCoreApplication>
-#include <QString>
+#include <QDeadlineTimer>
+#include <QFile>
 #include <QStringList>
 
 #include <cstdio>
@@ -13,53 +13,62 @@
 
 namespace fuzz {
 
-// Any "ASSERT: ..." report of the library counts as a finding; other messages are dropped.
-inline void quietMessageHandler(QtMsgType type, const QMessageLogContext&, const QString& text)
-{
-    if (type == QtFatalMsg || text.startsWith(QLatin1String("ASSERT"))) {
-        std::fprintf(stderr, "Qt message: %s\n", qPrintable(text));
-        std::abort();
-    }
-}
-
-inline QCoreApplication& application()
-{
-    static int argc = 1;
-    static char name[] = "corvane-fuzz";
-    static char* argv[] = {name, nullptr};
-    static QCoreApplication* app = [] {
-        qInstallMessageHandler(quietMessageHandler);
-        return new QCoreApplication(argc, argv);
-    }();
-    return *app;
-}
-
 [[noreturn]] inline void fail(const char* what, const QString& detail)
 {
     std::fprintf(stderr, "PROPERTY VIOLATED: %s\n%s\n", what, qPrintable(detail));
     std::abort();
 }
 
-inline QString show(const QStringList& list)
+inline void startApplication()
 {
-    QStringList quoted;
-    for (const QString& item : list) {
-        quoted << '"' + QString::fromLatin1(item.toUtf8().toPercentEncoding(" /:.-_")) + '"';
-    }
-    return '[' + quoted.join(", ") + ']';
+    static int argc = 1;
+    static char* argv[] = {const_cast<char*>("corvane-fuzz"), nullptr};
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+        if (type == QtFatalMsg || text.startsWith(QLatin1String("ASSERT")))
+            fail("no Qt message of this kind", text);
+    });
+    new QCoreApplication(argc, argv);
 }
 
 inline QString show(const QByteArray& bytes)
 {
-    return QString::fromLatin1(bytes.toPercentEncoding(" /:.-_<>=\"'"));
+    return '"' + QString::fromLatin1(bytes.toPercentEncoding(" /:.-_<>='|")) + '"';
+}
+
+inline QString show(const QStringList& list)
+{
+    return '[' + show(list.join('|').toUtf8()) + ']';
+}
+
+inline void writeFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+        fail("cannot write", path);
+}
+
+inline QByteArray readFile(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("<missing>");
+}
+
+inline void pump()
+{
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+// Pumps events until condition holds, at most 5 s; answers whether it holds.
+template <class Condition>
+bool pumpUntil(Condition condition)
+{
+    for (QDeadlineTimer deadline(5000); !condition() && !deadline.hasExpired();)
+        pump();
+    return condition();
 }
 
 } // namespace fuzz
 
 // CHECK(condition, detail): a violated property; detail (a QString) says what was seen.
-#define CHECK(condition, detail)                                                                   \
-    do {                                                                                           \
-        if (!(condition)) {                                                                        \
-            ::fuzz::fail(#condition, (detail));                                                    \
-        }                                                                                          \
-    } while (false)
+#define CHECK(condition, detail) ((condition) ? void() : ::fuzz::fail(#condition, (detail)))
