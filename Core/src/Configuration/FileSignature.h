@@ -44,6 +44,7 @@ public:
 private:
     Q_DISABLE_COPY(FileSignature)
 
+    bool compareWithCopy(const QString& copyPath, const QString& included);
     void logDebug(const QString& message) const;
     void logCritical(const QString& message) const;
 

@@ -226,12 +226,20 @@ private slots:
         QTest::addColumn<QByteArray>("companion"); // null: the signature is appended
         QTest::addColumn<QString>("ends");
         QTest::addColumn<bool>("valid");
-        QTest::newRow(".sig with a line break after it") << QByteArray("<hash>\n") << "n" << true;
+        QTest::addColumn<QByteArray>("content");
+        const QByteArray usual = "<config>\n  <plugins/>\n</config>\n";
+        QTest::newRow(".sig with a line break after it")
+            << QByteArray("<hash>\n") << "n" << true << usual;
         QTest::newRow(".sig, on the last of several lines")
-            << QByteArray("old\n<hash>") << "r" << true;
-        QTest::newRow(".sig in upper case") << QByteArray("<HASH>") << "n" << false;
-        QTest::newRow("appended, in the temporary folder") << QByteArray() << "t" << true;
-        QTest::newRow("appended, CRLF, LF, ... after signing") << QByteArray() << "rn" << true;
+            << QByteArray("old\n<hash>") << "r" << true << usual;
+        QTest::newRow(".sig in upper case") << QByteArray("<HASH>") << "n" << false << usual;
+        QTest::newRow("appended, in the temporary folder") << QByteArray() << "t" << true << usual;
+        QTest::newRow("appended, CRLF, LF, ... after signing")
+            << QByteArray() << "rn" << true << usual;
+        QTest::newRow("appended to a lone \\r") << QByteArray() << "n" << true
+                                                << QByteArray("<plugins/>\r");
+        QTest::newRow("appended to one short block") << QByteArray() << "n" << true
+            << QByteArray(1000, '\n') + "<plugins/>" + QByteArray(14, '\n');
     }
 
     void signatures()
@@ -239,9 +247,9 @@ private slots:
         QFETCH(QByteArray, companion);
         QFETCH(QString, ends);
         QFETCH(bool, valid);
+        QFETCH(QByteArray, content);
         const QString file = (ends == "t" ? QDir::tempPath() : folder.path())
             + QStringLiteral("/signed-%1.xml").arg(QCoreApplication::applicationPid());
-        const QByteArray content = "<config>\n  <plugins/>\n</config>\n";
         writeFile(file, content);
         QFile::remove(file + ".sig");
         const QByteArray hash = hashOf(file).toLatin1();

@@ -131,7 +131,7 @@ private slots:
                 return codes;
             };
             const QString handedOver = QString(" 255").repeated(burst.size() - 1);
-            QTest::qWaitFor([&] { return ended().size() >= handedOver.size(); }, 60000);
+            (void)QTest::qWaitFor([&] { return ended().size() >= handedOver.size(); }, 60000);
             QCOMPARE(ended(), handedOver);
             const QString file = path(QStringLiteral("round%1.csv").arg(round));
             QVERIFY(QFile::copy(path("other.csv"), file) && handsOver(file));
