@@ -10,7 +10,8 @@ set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build="${CORVANE_FUZZ_BUILD_DIR:-$root/build/fuzz}"
 seconds="${1:-30}"
-# CORVANE_FUZZERS="Configuration Environment" runs only those.
+# CORVANE_FUZZERS="Configuration Environment" runs only those; CORVANE_FUZZ_SEED fixes
+# libFuzzer's random seed (a run of the same length then mostly takes the same path).
 read -r -a harnesses <<< "${CORVANE_FUZZERS:-LocalSocketMessages Configuration Environment FileSignature FilterProcessor ServiceControl}"
 # Configurations nested deeper than the XML parser's stack allows are not what this looks for;
 # signatures need inputs of several 1024-byte blocks from the start.
@@ -44,6 +45,9 @@ for harness in "${harnesses[@]}"; do
     mkdir -p "$corpus" "$findings" "$(dirname "$log")"
     arguments=(-max_total_time="$seconds" -timeout=30 -rss_limit_mb=2048 -print_final_stats=1
         -artifact_prefix="$findings/" ${options[$harness]:-})
+    if [ -n "${CORVANE_FUZZ_SEED:-}" ]; then
+        arguments+=(-seed="$CORVANE_FUZZ_SEED")
+    fi
     if [ -f "$root/fuzz/$harness.dict" ]; then
         arguments+=(-dict="$root/fuzz/$harness.dict")
     fi

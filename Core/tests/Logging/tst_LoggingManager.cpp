@@ -101,6 +101,11 @@ private slots:
         manager->logWarn("app", "below the changed level");
         manager->changeLoglevel(manager, Level::FATAL);
         manager->logError(manager, "below the changed level");
+        QVERIFY(!manager->isLoglevelSet(manager, Level::ERROR)
+                && manager->isLoglevelSet(manager, Level::FATAL));
+        manager->logFatal(manager, "fatal by sender");
+        manager->changeLoglevel(manager, Level::TRACE);
+        manager->logTrace(manager, "trace by sender");
         manager->logEntry(Level::INFO, "app", "unchecked, still filtered", false);
         const int line = __LINE__ + 1;
         qInfo("routed %s", "Größe ✓");
@@ -131,7 +136,8 @@ private slots:
                 "other|WARN|3 / app.child|FATAL|4 / corvane.base.business.LoggingManager|INFO|by "
                 "sender / unknown source|WARN|null sender / app|ERROR|PluginManager::loadPlugin x "
                 "/ corvane.base.business.LoggingManager|ERROR|PluginManager::loadPlugin x / "
-                "app|INFO|Größe ✓ / "
+                "app|INFO|Größe ✓ / corvane.base.business.LoggingManager|FATAL|fatal by sender / "
+                "corvane.base.business.LoggingManager|TRACE|trace by sender / "
                 "Core.tests.Logging.tst_LoggingManager|INFO|entriesReachTheFile(%1): routed Größe "
                 "✓ / Core.tests.Logging.tst_LoggingManager|DEBUG|entriesReachTheFile(%2): quoted "
                 "\"text\" / src.app.quiet|ERROR|int f(3): seven / app.src.g|ERROR|g(4): critical / "

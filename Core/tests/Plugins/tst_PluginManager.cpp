@@ -25,7 +25,7 @@ class FreshPluginManager : public PluginManager
 const QRegularExpression
     naming("^(signal|throws|note) |^\\w+ (test: \\w+ asked|.*Error during initialize"
            "|loadPlugin: (Plugin (loaded|already loaded|not recognized|name)|Failed)"
-           "|orderPlugins: (Plugin ordered:|Failed to order the following plugins:|\\w+ is missing:"
+           "|orderPlugins: (Plugin (NOT )?ordered:|Failed to order the following plugins:|\\w+ is missing:"
            "|cycle:)|initPlugins?: (Plugin |No base task)|deinitPlugin: Plugin "
            "|(de)?initializePlugin: Plugin (init|deinit|already|not)"
            "|(de)?initializePluginsForTasks: (Loading unavailable|Unloading unavailable"
@@ -159,6 +159,14 @@ private slots:
                   "critical orderPlugins: cycle: MutualX -> SY -> MutualY -> SX -> MutualX / "
                   "throws orderPlugins Failed to order the following plugins: MutualX, MutualY / "
                   "MutualX MutualY PluginC";
+        // PluginD also provides S1, so PluginA waits for it in the pass that could order it.
+        QTest::newRow("ordering, a provider left over") << "load PluginD PluginA PluginB -> order => "
+                + each(ordered, {"PluginB"})
+                + " / debug orderPlugins: Plugin NOT ordered: 'PluginA' / critical orderPlugins: "
+                  "Failed to order the following plugins: 'PluginA, PluginD' / critical orderPlugins: "
+                  "PluginA is missing: S1 (provided by PluginD) / critical orderPlugins: PluginD is "
+                  "missing: Missing (provided by nobody) / throws orderPlugins Failed to order the "
+                  "following plugins: PluginA, PluginD / PluginA PluginB PluginD";
         QTest::newRow("the base task")
             << "load Printer PrintOnly PluginC, order -> init => info initPlugins: Plugin init "
                "started: 'PluginC' / info initPlugin: Plugin initialized: 'PluginC' / info "

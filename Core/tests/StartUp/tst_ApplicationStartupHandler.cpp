@@ -72,15 +72,19 @@ private slots:
     void secondInstanceIsTurnedAway_data()
     {
         QTest::addColumn<QString>("box"); // shown, empty for none
-        QTest::newRow("without notification") << "";
+        QTest::addColumn<bool>("held"); // as while the first instance starts its plug-ins
+        QTest::newRow("without notification") << "" << false;
+        QTest::newRow("held until delivered") << "" << true;
         QTest::newRow("with notification, in German")
             << "Guarded: GUI: Das Programm wurde bereits gestartet.\nEs darf jedoch nur eine "
-               "Instanz laufen.\nDaher wird diese Instanz beendet.";
+               "Instanz laufen.\nDaher wird diese Instanz beendet."
+            << false;
     }
 
     void secondInstanceIsTurnedAway()
     {
         QFETCH(QString, box);
+        QFETCH(bool, held);
         auto* handler = ApplicationStartupHandler::instance();
         auto& application = *qobject_cast<QApplication*>(QCoreApplication::instance());
         const QString id = "tst_ApplicationStartupHandler-"
@@ -100,9 +104,16 @@ private slots:
             }
         });
         closer.start(10);
+        if (held)
+            handler->holdRequests();
         QCOMPARE(handler->getSingleGuiApplicationGuardExitCode(application, id, !box.isEmpty()),
                  -1);
         QLocale::setDefault(QLocale::c());
+        if (held) { // acknowledged, so already taken in
+            QCOMPARE(raised.count(), 0);
+            handler->deliverHeldRequests();
+            QCOMPARE(raised.count(), 1);
+        }
         QTRY_COMPARE(raised.count(), 1);
         QCOMPARE(shown, box);
     }
