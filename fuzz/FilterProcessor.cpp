@@ -45,13 +45,13 @@ struct ItemData : AbstractEntityBaseData
     }
 };
 
-struct Spec
+struct Plan
 {
     int kind, operation, second;
     QString field, value, maxValue;
 };
 
-Filter* build(const Spec& s)
+Filter* build(const Plan& s)
 {
     if (s.kind == FilterTypeEnum::CONDITION_FILTER) {
         auto* filter = new ConditionFilter;
@@ -99,7 +99,7 @@ Outcome result(const QList<EntityBase*>& result, const QList<EntityBase*>& entit
 }
 
 // The chain through applyFilter, into a result list that held something before.
-Outcome run(const QList<Spec>& specs, const QList<int>& operations,
+Outcome run(const QList<Plan>& plans, const QList<int>& operations,
             const QList<EntityBase*>& entities)
 {
     std::vector<Filter*> filters;
@@ -107,8 +107,8 @@ Outcome run(const QList<Spec>& specs, const QList<int>& operations,
     Outcome outcome;
     try {
         ComplexFilter chain;
-        for (int i = 0; i < specs.size(); ++i) {
-            filters.push_back(build(specs[i]));
+        for (int i = 0; i < plans.size(); ++i) {
+            filters.push_back(build(plans[i]));
             chain.addFilter(LogicOperationEnum::Enum(operations[i]), filters.back());
         }
         processor->applyFilter(entities, chain, list);
@@ -201,7 +201,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     if (provider.ConsumeBool()) // the same entity twice
         entities << entities[0];
 
-    QList<Spec> specs;
+    QList<Plan> plans;
     QList<int> operations; // one per filter, the first one opening the chain
     QVector<QVector<Outcome>> outcomes; // of each filter on each entity, by the library
     for (int i = provider.ConsumeIntegralInRange(0, 4); i > 0; --i) {
@@ -210,7 +210,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         const auto in = [&](int low, int high) {
             return provider.ConsumeIntegralInRange(valid ? low : -1, valid ? high : 8);
         };
-        specs << Spec {range ? FilterTypeEnum::RANGE_FILTER : FilterTypeEnum::CONDITION_FILTER,
+        plans << Plan {range ? FilterTypeEnum::RANGE_FILTER : FilterTypeEnum::CONDITION_FILTER,
                        range ? in(3, 4) : in(1, 6),
                        in(3, 4),
                        pick(fields),
@@ -218,11 +218,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
                        pick(texts)};
         // Mostly NOP or NOT to open the chain, AND, OR, AND NOT or OR NOT after that.
         const int operation = provider.ConsumeIntegralInRange(-1, 8);
-        const QList<int> valids = specs.size() == 1 ? QList<int> {1, 4} : QList<int> {2, 3, 5, 6};
+        const QList<int> valids = plans.size() == 1 ? QList<int> {1, 4} : QList<int> {2, 3, 5, 6};
         operations << (provider.ConsumeIntegralInRange(0, 15) == 0
                            ? operation
                            : valids.at(qAbs(operation) % valids.size()));
-        Filter* filter = build(specs.last());
+        Filter* filter = build(plans.last());
         outcomes.append(QVector<Outcome>());
         for (EntityBase* entity : entities)
             outcomes.last() << split(filter, entity);
@@ -232,7 +232,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         QList<int> chain = operations;
         if (!chain.isEmpty())
             chain[0] = opening;
-        const Outcome got = run(specs, chain, entities),
+        const Outcome got = run(plans, chain, entities),
                       expected = expectedRun(chain, outcomes, entities);
         CHECK(got == expected,
               QStringLiteral("opened by %1: ").arg(opening) + fuzz::show(got) + ", expected "

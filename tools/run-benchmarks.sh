@@ -32,9 +32,9 @@ grep -E '^(RATIO|GOAL) ' "$results" | sed -E 's/\x1b\[[0-9;]*m//g' | awk '
         sub(/^(RATIO|GOAL) /, "", line)
         result = "-"; goal = "-"
         if (match(line, /\(goal: at most [0-9.]+, (met|MISSED)\)$/)) {
-            spec = substr(line, RSTART, RLENGTH)
+            target = substr(line, RSTART, RLENGTH)
             line = substr(line, 1, RSTART - 2)
-            split(spec, parts, /[ ,)]+/)
+            split(target, parts, /[ ,)]+/)
             goal = parts[4]; result = parts[5]
         }
         n = split(line, sides, / = /)
