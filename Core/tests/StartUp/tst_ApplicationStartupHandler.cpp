@@ -34,7 +34,8 @@ private slots:
             << QList<QByteArray> {frame("refused") + frame("load:/a b/ü.csv")}
             << QStringList {"refused", "load:/a b/ü.csv"};
         QTest::newRow("cut at a zero byte")
-            << QList<QByteArray> {frame(QByteArray("ab\0cd", 5))} << QStringList {"ab"};
+            << QList<QByteArray> {frame(QByteArray("ab\0cd", 5)), frame(QByteArray("\0ab", 3))}
+            << QStringList {"ab", ""};
         QTest::newRow("empty and negative lengths carry nothing")
             << QList<QByteArray> {frame(""), frame("", -7), raise} << QStringList {"raise"};
     }
