@@ -25,7 +25,7 @@ class tst_ConfigurationManager : public QObject
     Q_OBJECT
 
     QTemporaryDir folder;
-    fakes::LoggingManager logging;
+    fakes::RecordingLoggingManager logging;
 
 private slots:
     void initTestCase()
@@ -216,7 +216,12 @@ private slots:
         const QString path = folder.filePath(expected.section(' ', 0, 0));
         if (!content.isNull())
             writeFile(path, content);
+        logging.entries.clear();
         QCOMPARE(hashOf(path), expected.section(' ', 1));
+        QCOMPARE(logging.errors(),
+                 content.isNull()
+                     ? QStringList {"ERROR createHashFromFileContent: Could not open file: " + path}
+                     : QStringList());
         QVERIFY(!FileSignature().isValid(path, true)); // no signature at all
     }
 

@@ -47,6 +47,15 @@ void tst_Demo::runs_data()
         << "write corvane-demo.xml <config>" + QString("<n>").repeated(25000)
             + QString("</n>").repeated(25000) + "</config>"
         << 1 << "^Error: " << QStringList();
+    // "check": the demo as a program that has the signature checked; "check sign" after
+    // corvane-sign wrote the ".sig" file.
+    QTest::newRow("signature checked, none written")
+        << "check" << -2 << ""
+        << QStringList {"initialize: Signature check for configuration file has found an error: "
+                        ".*/corvane-demo\\.xml",
+                        "main: Console application catched: .*InvalidSignature|Signature check"};
+    QTest::newRow("signature checked and right")
+        << "check sign" << 0 << "^Inventory report" << QStringList {"\"returnValue: 0\""};
     QTest::newRow("no application type")
         << "write corvane-demo.xml <config><information/></config>" << 1 << "^$" << QStringList();
     QTest::newRow("missing plug-in library")
@@ -72,6 +81,14 @@ void tst_Demo::runs()
         QVERIFY(QFile::remove(target));
     } else if (change.startsWith("write")) {
         writeFile(target, change.section(' ', 2).toUtf8());
+    }
+
+    if (change.startsWith("check")) { // in the demo's place, so that it finds the same files
+        QVERIFY(QFile::remove(folder.filePath("corvane-demo"))
+                && QFile::copy(CHECKED_DEMO, folder.filePath("corvane-demo")));
+    }
+    if (change == "check sign") {
+        QCOMPARE(run(SIGN_PROGRAM, {"sign", folder.filePath("corvane-demo.xml")}).exitCode, 0);
     }
 
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
