@@ -26,24 +26,32 @@ private slots:
     {
         QTest::addColumn<QList<QByteArray>>("writes");
         QTest::addColumn<QStringList>("messages");
+        QTest::addColumn<bool>("dropped"); // the receiver ends the connection
         const QByteArray raise = frame("raise");
+        const qint32 most = 16 * 1024 * 1024;
+        QTest::newRow("16 MiB, the most a message may have")
+            << QList<QByteArray> {raise, frame(QByteArray(most, 'x'))}
+            << QStringList {"raise", QString(most, 'x')} << false;
+        QTest::newRow("more announced: the connection is dropped")
+            << QList<QByteArray> {raise, frame("", most + 1)} << QStringList {"raise"} << true;
         QTest::newRow("length and text in pieces")
             << QList<QByteArray> {raise.left(2), raise.mid(2, 4), raise.mid(6)}
-            << QStringList {"raise"};
+            << QStringList {"raise"} << false;
         QTest::newRow("two frames in one write, one refused")
             << QList<QByteArray> {frame("refused") + frame("load:/a b/ü.csv")}
-            << QStringList {"refused", "load:/a b/ü.csv"};
+            << QStringList {"refused", "load:/a b/ü.csv"} << false;
         QTest::newRow("cut at a zero byte")
             << QList<QByteArray> {frame(QByteArray("ab\0cd", 5)), frame(QByteArray("\0ab", 3))}
-            << QStringList {"ab", ""};
+            << QStringList {"ab", ""} << false;
         QTest::newRow("empty and negative lengths carry nothing")
-            << QList<QByteArray> {frame(""), frame("", -7), raise} << QStringList {"raise"};
+            << QList<QByteArray> {frame(""), frame("", -7), raise} << QStringList {"raise"} << false;
     }
 
     void frames()
     {
         QFETCH(QList<QByteArray>, writes);
         QFETCH(QStringList, messages);
+        QFETCH(bool, dropped);
         static int runs = 0;
         const QString name = QStringLiteral("tst_ApplicationStartupHandler-%1-%2")
                                  .arg(QCoreApplication::applicationPid())
@@ -67,6 +75,10 @@ private slots:
         for (const QString& message : messages)
             acknowledgements += message == "refused" ? '\0' : '\1';
         QTRY_COMPARE(answered += sender.readAll(), acknowledgements);
+        if (dropped)
+            QTRY_COMPARE(sender.state(), QLocalSocket::UnconnectedState);
+        else
+            QCOMPARE(sender.state(), QLocalSocket::ConnectedState);
     }
 
     // The first call holds the guard's lock: a second one meets its receiver, which gets "raise".
