@@ -241,9 +241,10 @@ private slots:
         QTest::newRow("appended, in the temporary folder") << QByteArray() << "t" << true << usual;
         QTest::newRow("appended, CRLF, LF, ... after signing")
             << QByteArray() << "rn" << true << usual;
-        QTest::newRow("appended to a lone \\r") << QByteArray() << "n" << true
-                                                << QByteArray("<plugins/>\r");
-        QTest::newRow("appended to one short block") << QByteArray() << "n" << true
+        QTest::newRow("appended to a lone \\r")
+            << QByteArray() << "n" << true << QByteArray("<plugins/>\r");
+        QTest::newRow("appended to one short block")
+            << QByteArray() << "n" << true
             << QByteArray(1000, '\n') + "<plugins/>" + QByteArray(14, '\n');
     }
 

@@ -24,7 +24,8 @@ QString fields(const BaseException& e)
 }
 
 // What a throw leaves when caught as its own class; "other" when it is not one.
-template <class E> QString caught(const std::function<void()>& raise)
+template <class E>
+QString caught(const std::function<void()>& raise)
 {
     try {
         raise();
@@ -42,35 +43,42 @@ class tst_Exceptions : public QObject
 {
     Q_OBJECT
 
+    template <class... E>
+    void checkClasses()
+    {
+        (checkClass<E>(), ...);
+    }
+
+    template <class E>
+    void checkClass()
+    {
+        const QString name = typeid(E).name();
+        QCOMPARE(name + caught<E>([this] { throw E(this, "m", "r ü"); }),
+                 name + "tst_Exceptions::m r ü|tst_Exceptions|m|r ü||");
+        QCOMPARE(name + caught<E>([] { throw E(static_cast<QObject*>(nullptr), "", "r"); }),
+                 name + "unknown source:: r|unknown source||r||");
+        QCOMPARE(name + caught<E>([] { throw E(QString("a.b"), "m", "r"); }),
+                 name + "a.b::m r|a.b|m|r||");
+        QCOMPARE(caught<ValueOutOfRangeException>([] { throw E(QString("a.b"), "m", "r"); }),
+                 "other");
+    }
+
 private slots:
     // Every class is caught by its own type; by sender, a null sender and a source text.
     void everyClassKeepsItsFields()
     {
-        const QString bySender = "tst_Exceptions::m r ü|tst_Exceptions|m|r ü||";
-        const QString byNull = "unknown source:: r|unknown source||r||";
-        const QString bySource = "a.b::m r|a.b|m|r||";
-#define CHECK_CLASS(E)                                                                             \
-    QCOMPARE(caught<E>([this] { throw E(this, "m", "r ü"); }), bySender);                          \
-    QCOMPARE(caught<E>([] { throw E(static_cast<QObject*>(nullptr), "", "r"); }), byNull);         \
-    QCOMPARE(caught<E>([] { throw E(QString("a.b"), "m", "r"); }), bySource);                      \
-    QCOMPARE(caught<ValueOutOfRangeException>([] { throw E(QString("a.b"), "m", "r"); }), "other");
-        CHECK_CLASS(ManagerRegistryException) CHECK_CLASS(ConfigurationManagerException)
-        CHECK_CLASS(PluginManagerException) CHECK_CLASS(ServiceManagerException)
-        CHECK_CLASS(StartUpManagerException) CHECK_CLASS(NullPointerException)
-        CHECK_CLASS(ConnectFailedException) CHECK_CLASS(PluginException)
-        CHECK_CLASS(ServiceUnavailableException) CHECK_CLASS(InvalidOperationException)
-        CHECK_CLASS(FileNotFoundException) CHECK_CLASS(PersistenceException)
-        CHECK_CLASS(RecordNotFoundException) CHECK_CLASS(RecordAlreadyExistsException)
-        CHECK_CLASS(FileIOException) CHECK_CLASS(InvalidFileFormatException)
-        CHECK_CLASS(DataExchangeException) CHECK_CLASS(NotImplementedException)
-        CHECK_CLASS(InvalidSignatureException) CHECK_CLASS(InvalidConfigurationException)
-        CHECK_CLASS(SerializerException) CHECK_CLASS(HelpException) CHECK_CLASS(BindException)
-        CHECK_CLASS(ConnectException) CHECK_CLASS(NoRouteToHostException)
-        CHECK_CLASS(PortUnreachableException) CHECK_CLASS(PrintException)
-        CHECK_CLASS(I18nException) CHECK_CLASS(UIException) CHECK_CLASS(ListAndLabelException)
-        CHECK_CLASS(LanguageNotAvailableException) CHECK_CLASS(InvalidArgumentException)
-        CHECK_CLASS(BaseException)
-#undef CHECK_CLASS
+        checkClasses<ManagerRegistryException, ConfigurationManagerException,
+                     PluginManagerException, ServiceManagerException, StartUpManagerException,
+                     NullPointerException, ConnectFailedException, PluginException,
+                     ServiceUnavailableException, InvalidOperationException, FileNotFoundException,
+                     PersistenceException, RecordNotFoundException, RecordAlreadyExistsException,
+                     FileIOException, InvalidFileFormatException, DataExchangeException,
+                     NotImplementedException, InvalidSignatureException,
+                     InvalidConfigurationException, SerializerException, HelpException,
+                     BindException, ConnectException, NoRouteToHostException,
+                     PortUnreachableException, PrintException, I18nException, UIException,
+                     ListAndLabelException, LanguageNotAvailableException, InvalidArgumentException,
+                     BaseException>();
     }
 
     // The translatable parts never reach what(); the classes with data of their own keep it.

@@ -22,15 +22,15 @@ class FreshPluginManager : public PluginManager
 };
 
 // The lines naming a plug-in, file or task (debug-only ones aside), and the test's own.
-const QRegularExpression
-    naming("^(signal|throws|note) |^\\w+ (test: \\w+ asked|.*Error during initialize"
-           "|loadPlugin: (Plugin (loaded|already loaded|not recognized|name)|Failed)"
-           "|orderPlugins: (Plugin (NOT )?ordered:|Failed to order the following plugins:|\\w+ is missing:"
-           "|cycle:)|initPlugins?: (Plugin |No base task)|deinitPlugin: Plugin "
-           "|(de)?initializePlugin: Plugin (init|deinit|already|not)"
-           "|(de)?initializePluginsForTasks: (Loading unavailable|Unloading unavailable"
-           "|Plugin init)"
-           "|unloadPlugin: Plugin not loaded:|getPluginInformation: Plugin not loaded)");
+const QRegularExpression naming(
+    "^(signal|throws|note) |^\\w+ (test: \\w+ asked|.*Error during initialize"
+    "|loadPlugin: (Plugin (loaded|already loaded|not recognized|name)|Failed)"
+    "|orderPlugins: (Plugin (NOT )?ordered:|Failed to order the following plugins:|\\w+ is missing:"
+    "|cycle:)|initPlugins?: (Plugin |No base task)|deinitPlugin: Plugin "
+    "|(de)?initializePlugin: Plugin (init|deinit|already|not)"
+    "|(de)?initializePluginsForTasks: (Loading unavailable|Unloading unavailable"
+    "|Plugin init)"
+    "|unloadPlugin: Plugin not loaded:|getPluginInformation: Plugin not loaded)");
 
 QString each(const QString& line, const QStringList& names)
 {
@@ -160,11 +160,13 @@ private slots:
                   "throws orderPlugins Failed to order the following plugins: MutualX, MutualY / "
                   "MutualX MutualY PluginC";
         // PluginD also provides S1, so PluginA waits for it in the pass that could order it.
-        QTest::newRow("ordering, a provider left over") << "load PluginD PluginA PluginB -> order => "
-                + each(ordered, {"PluginB"})
+        QTest::newRow("ordering, a provider left over")
+            << "load PluginD PluginA PluginB -> order => " + each(ordered, {"PluginB"})
                 + " / debug orderPlugins: Plugin NOT ordered: 'PluginA' / critical orderPlugins: "
-                  "Failed to order the following plugins: 'PluginA, PluginD' / critical orderPlugins: "
-                  "PluginA is missing: S1 (provided by PluginD) / critical orderPlugins: PluginD is "
+                  "Failed to order the following plugins: 'PluginA, PluginD' / critical "
+                  "orderPlugins: "
+                  "PluginA is missing: S1 (provided by PluginD) / critical orderPlugins: PluginD "
+                  "is "
                   "missing: Missing (provided by nobody) / throws orderPlugins Failed to order the "
                   "following plugins: PluginA, PluginD / PluginA PluginB PluginD";
         QTest::newRow("the base task")

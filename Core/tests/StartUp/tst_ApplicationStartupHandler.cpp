@@ -44,7 +44,8 @@ private slots:
             << QList<QByteArray> {frame(QByteArray("ab\0cd", 5)), frame(QByteArray("\0ab", 3))}
             << QStringList {"ab", ""} << false;
         QTest::newRow("empty and negative lengths carry nothing")
-            << QList<QByteArray> {frame(""), frame("", -7), raise} << QStringList {"raise"} << false;
+            << QList<QByteArray> {frame(""), frame("", -7), raise} << QStringList {"raise"}
+            << false;
     }
 
     void frames()
