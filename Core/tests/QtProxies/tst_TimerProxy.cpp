@@ -70,6 +70,37 @@ private slots:
         }
     }
 
+    // A proxy built from parts that do not belong together reports the broken condition.
+    void invalidConstructionIsReported_data()
+    {
+        QTest::addColumn<int>("variant");
+        QTest::addColumn<QString>("assertion");
+        QTest::newRow("no timer") << 0 << "timer_";
+        QTest::newRow("timer not a child of the thread")
+            << 1 << "!thread_ || timer_->parent() == thread_";
+        QTest::newRow("thread with a parent") << 2 << "!thread_ || !thread_->parent()";
+    }
+    void invalidConstructionIsReported()
+    {
+        QFETCH(int, variant);
+        QFETCH(QString, assertion);
+        QObject owner;
+        // The proxy deletes the thread it is given (and so a timer that is its child).
+        QThread* thread = variant == 0 ? nullptr : new QThread(variant == 2 ? &owner : nullptr);
+        std::unique_ptr<QTimer> strayTimer(variant == 1 ? new QTimer : nullptr);
+        QTimer* timer = variant == 0 ? nullptr
+            : variant == 1           ? strayTimer.get()
+                                     : new QTimer(thread);
+        QTest::ignoreMessage(QtCriticalMsg,
+                             QRegularExpression("^ASSERT: \""
+                                                + QRegularExpression::escape(assertion)
+                                                + "\" in file Core/src/QtProxies/TimerProxy.cpp, "
+                                                  "line \\d+$"));
+        TimerProxy proxy(timer, thread);
+        QVERIFY(!proxy.isActive());
+        assertionReports -= 1; // the one expected here
+    }
+
     // A running proxy deleted at an awkward moment, in a helper process that must end cleanly.
     void deletionAtAnAwkwardMomentIsClean()
     {
