@@ -26,7 +26,7 @@ done
 
 echo
 echo "== Every goal"
-grep -E '^(RATIO|GOAL) ' "$results" | sed -E 's/\x1b\[[0-9;]*m//g' | awk '
+sed -E 's/\x1b\[[0-9;]*m//g' "$results" | grep -E '^(RATIO|GOAL) ' | awk '
     {
         line = $0
         sub(/^(RATIO|GOAL) /, "", line)
