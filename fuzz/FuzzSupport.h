@@ -3,9 +3,12 @@
 // What the harnesses share: a quiet Qt application (an "ASSERT: ..." of the library is a finding),
 // a check whose failure ends the run so that libFuzzer keeps the input, files, bounded waiting.
 
+#include <fuzzer/FuzzedDataProvider.h>
+
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QFile>
+#include <QRandomGenerator>
 #include <QStringList>
 
 #include <cstdio>
@@ -38,6 +41,20 @@ inline QString show(const QByteArray& bytes)
 inline QString show(const QStringList& list)
 {
     return '[' + show(list.join('|').toUtf8()) + ']';
+}
+
+// The input as a byte stream, cut into pieces of 1 to 16 bytes chosen by its first bytes, as a
+// socket may deliver it.
+inline QList<QByteArray> streamInPieces(const uint8_t* data, size_t size, QByteArray& stream)
+{
+    FuzzedDataProvider provider(data, size);
+    QRandomGenerator random(provider.ConsumeIntegral<quint32>());
+    const quint32 largestPiece = 1 + provider.ConsumeIntegralInRange<quint32>(0, 15);
+    stream = QByteArray::fromStdString(provider.ConsumeRemainingBytesAsString());
+    QList<QByteArray> pieces;
+    for (int position = 0; position < stream.size(); position += pieces.last().size())
+        pieces << stream.mid(position, 1 + int(random.bounded(largestPiece)));
+    return pieces;
 }
 
 inline void writeFile(const QString& path, const QByteArray& content)

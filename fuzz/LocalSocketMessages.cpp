@@ -7,10 +7,7 @@
 #include "StartUp/LocalSocketStringMessageReceiver.h"
 
 #include <QLocalSocket>
-#include <QRandomGenerator>
 #include <QtEndian>
-
-#include <fuzzer/FuzzedDataProvider.h>
 
 using corvane::base::business::internal::LocalSocketStringMessageReceiver;
 
@@ -95,13 +92,8 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    FuzzedDataProvider provider(data, size);
-    QRandomGenerator random(provider.ConsumeIntegral<quint32>());
-    const quint32 largestPiece = 1 + provider.ConsumeIntegralInRange<quint32>(0, 15);
-    const QByteArray stream = QByteArray::fromStdString(provider.ConsumeRemainingBytesAsString());
-    QList<QByteArray> pieces;
-    for (int position = 0; position < stream.size(); position += pieces.last().size())
-        pieces << stream.mid(position, 1 + int(random.bounded(largestPiece)));
+    QByteArray stream;
+    const QList<QByteArray> pieces = fuzz::streamInPieces(data, size, stream);
     deliver(pieces, stream);
     deliver({stream}, stream);
     return 0;

@@ -6,11 +6,8 @@
 #include "StartUp/ServiceControlServer.h"
 
 #include <QLocalSocket>
-#include <QRandomGenerator>
 #include <QRegularExpression>
 #include <QTemporaryDir>
-
-#include <fuzzer/FuzzedDataProvider.h>
 
 using corvane::base::business::ServiceControlServer;
 
@@ -53,10 +50,8 @@ extern "C" int LLVMFuzzerInitialize(int*, char***)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    FuzzedDataProvider provider(data, size);
-    QRandomGenerator random(provider.ConsumeIntegral<quint32>());
-    const quint32 largestPiece = 1 + provider.ConsumeIntegralInRange<quint32>(0, 15);
-    const QByteArray stream = QByteArray::fromStdString(provider.ConsumeRemainingBytesAsString());
+    QByteArray stream;
+    const QList<QByteArray> pieces = fuzz::streamInPieces(data, size, stream);
     QList<QByteArray> lines = stream.split('\n');
     lines.removeLast(); // a last piece without its line break is no request yet
 
@@ -64,11 +59,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     QLocalSocket client;
     client.connectToServer(socketPath);
     CHECK(client.waitForConnected(5000), client.errorString());
-    for (int position = 0; position < stream.size(); fuzz::pump()) {
-        const int length = 1 + int(random.bounded(largestPiece));
-        client.write(stream.mid(position, length));
+    for (const QByteArray& piece : pieces) {
+        client.write(piece);
         client.flush();
-        position += length;
+        fuzz::pump();
     }
     QByteArray answers;
     fuzz::pumpUntil([&] { return (answers += client.readAll()).count('\n') >= lines.size(); });
