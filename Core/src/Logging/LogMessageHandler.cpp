@@ -4,7 +4,7 @@
 
 #include <QLoggingCategory>
 #include <QMutex>
-#include <QRegExp>
+#include <QRegularExpression>
 #include <QStringList>
 
 #include <cstdlib>
@@ -20,8 +20,11 @@ using base::interfaces::ILoggingManager;
 
 QString sanitizeFunction(const char* function)
 {
-    static const QRegExp parametersAndQualifiers(QStringLiteral("\\(.*\\).*"));
-    static const QRegExp scope(QStringLiteral(".*::"));
+    // Greedy, and '.' takes line breaks too: from the first '(' to the end, and up to the last "::".
+    static const QRegularExpression parametersAndQualifiers(
+        QStringLiteral("\\(.*\\).*"), QRegularExpression::DotMatchesEverythingOption);
+    static const QRegularExpression scope(QStringLiteral(".*::"),
+                                          QRegularExpression::DotMatchesEverythingOption);
 
     QString name = QString::fromUtf8(function);
     name.remove(parametersAndQualifiers);

@@ -21,7 +21,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <emmintrin.h>
 #include <mutex>
 #include <unordered_map>
 
@@ -144,52 +143,17 @@ Q_ALWAYS_INLINE auto withLogger(const QString& name, Use use)
     return use(logger);
 }
 
-// Serialises the writes of entries. Taking it is one atomic exchange and giving it back a plain
-// store, which counts at a hundred nanoseconds an entry; a thread that finds it taken waits a
-// little and then yields, as the holder only writes one entry.
-class WriteLock
-{
-public:
-    void lock()
-    {
-        int waited = 0;
-        while (busy.exchange(true, std::memory_order_acquire)) {
-            do {
-                if (++waited < 64) {
-                    _mm_pause();
-                } else {
-                    QThread::yieldCurrentThread();
-                }
-            } while (busy.load(std::memory_order_relaxed));
-        }
-    }
-
-    void unlock() { busy.store(false, std::memory_order_release); }
-
-private:
-    std::atomic<bool> busy {false};
-};
-
 // Copies UTF-16 code units to bytes; answers whether all of them were ASCII (else the bytes are
-// not the text). Sixteen at a time where it can.
-bool narrowAscii(const ushort* in, int size, char* out)
+// not the text). A plain loop that compilers vectorise on every CPU.
+template <typename Unit>
+bool narrowAscii(const Unit* in, int size, char* out)
 {
-    __m128i seen = _mm_setzero_si128();
-    int i = 0;
-    for (; i + 16 <= size; i += 16) {
-        const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i));
-        const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + i + 8));
-        seen = _mm_or_si128(seen, _mm_or_si128(low, high));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + i), _mm_packus_epi16(low, high));
-    }
-    const __m128i nonAscii = _mm_and_si128(seen, _mm_set1_epi16(short(0xff80)));
-    bool ascii = _mm_movemask_epi8(_mm_cmpeq_epi16(nonAscii, _mm_setzero_si128())) == 0xffff;
-    ushort rest = 0;
-    for (; i < size; ++i) {
-        rest |= in[i];
+    unsigned seen = 0;
+    for (int i = 0; i < size; ++i) {
+        seen |= in[i];
         out[i] = char(in[i]);
     }
-    return ascii && rest < 0x80;
+    return seen < 0x80;
 }
 
 // Writes line in decimal so that it ends at end; returns where it begins.
@@ -379,8 +343,8 @@ Q_NEVER_INLINE void LoggingManager::writeEntry(Loglevel level, const QString& so
                                                const QString& message, const QString* function,
                                                int line)
 {
-    static WriteLock mutex;
-    const std::lock_guard<WriteLock> locker(mutex);
+    static std::mutex mutex;
+    const std::lock_guard<std::mutex> locker(mutex);
     ThreadCache* const cache = threadCache();
     std::string spareText;
     std::string& text = cache != nullptr ? cache->message : spareText;

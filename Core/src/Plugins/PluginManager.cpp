@@ -11,12 +11,14 @@
 #include <QDebug>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QMutex>
 #include <QMutexLocker>
 #include <QPluginLoader>
 
 #include <algorithm>
+#include <climits>
 #include <memory>
 
 namespace corvane {
@@ -58,6 +60,28 @@ QString configuredFormOf(const QString& libraryFile)
 {
     const QFileInfo file(libraryFile);
     return QDir(file.path()).filePath(stemOf(libraryFile) + QStringLiteral(".dll"));
+}
+
+// The loader's reason for a library it could not load. Qt 5 finds no meta data in a plug-in
+// built for Qt 6 and says no more; the Qt library that the file links to tells.
+QString loadFailure(const QPluginLoader& loader, const QString& file)
+{
+    const int own = QT_VERSION_MAJOR;
+    const int other = own == 5 ? 6 : 5;
+    const QByteArray otherCore = "libQt" + QByteArray::number(other) + "Core.so";
+    QFile library(file);
+    const qint64 size = library.open(QIODevice::ReadOnly) ? library.size() : 0;
+    const uchar* content = size > 0 ? library.map(0, size) : nullptr;
+    if (content == nullptr
+        || !QByteArray::fromRawData(reinterpret_cast<const char*>(content),
+                                    int(qMin<qint64>(size, INT_MAX)))
+                .contains(otherCore)) {
+        return loader.errorString();
+    }
+    return loader.errorString()
+        + QStringLiteral(" The plug-in was built for Qt %1; this application uses Qt %2.")
+              .arg(other)
+              .arg(own);
 }
 
 } // namespace
@@ -209,7 +233,7 @@ void PluginManager::loadPlugin(const QString& aPluginFileName)
                     << QDir::toNativeSeparators(file);
         fail("loadPlugin",
              QStringLiteral("Failed to load plugin (%1). %2")
-                 .arg(aPluginFileName, loader->errorString()));
+                 .arg(aPluginFileName, loadFailure(*loader, file)));
     }
     auto* plugin = qobject_cast<IPlugin*>(instance);
     if (plugin == nullptr) {

@@ -30,7 +30,7 @@ QSet<QString> asSet(const QStringList& list)
 class ServiceNumbers
 {
 public:
-    explicit ServiceNumbers(int expected) : slots(capacityFor(expected), -1)
+    explicit ServiceNumbers(int expected) : buckets(capacityFor(expected), -1)
     {
         names.reserve(size_t(expected));
     }
@@ -38,17 +38,17 @@ public:
     int numberOf(QStringView name)
     {
         const uint hash = hashOf(name);
-        size_t slot = hash & (slots.size() - 1);
-        for (; slots[slot] >= 0; slot = (slot + 1) & (slots.size() - 1)) {
-            if (hashes[size_t(slots[slot])] == hash && names[size_t(slots[slot])] == name) {
-                return slots[slot];
+        size_t slot = hash & (buckets.size() - 1);
+        for (; buckets[slot] >= 0; slot = (slot + 1) & (buckets.size() - 1)) {
+            if (hashes[size_t(buckets[slot])] == hash && names[size_t(buckets[slot])] == name) {
+                return buckets[slot];
             }
         }
         const int number = int(names.size());
-        slots[slot] = number;
+        buckets[slot] = number;
         names.push_back(name);
         hashes.push_back(hash);
-        if (names.size() * 2 > slots.size()) {
+        if (names.size() * 2 > buckets.size()) {
             grow();
         }
         return number;
@@ -58,10 +58,10 @@ public:
     int find(QStringView name) const
     {
         const uint hash = hashOf(name);
-        for (size_t slot = hash & (slots.size() - 1); slots[slot] >= 0;
-             slot = (slot + 1) & (slots.size() - 1)) {
-            if (hashes[size_t(slots[slot])] == hash && names[size_t(slots[slot])] == name) {
-                return slots[slot];
+        for (size_t slot = hash & (buckets.size() - 1); buckets[slot] >= 0;
+             slot = (slot + 1) & (buckets.size() - 1)) {
+            if (hashes[size_t(buckets[slot])] == hash && names[size_t(buckets[slot])] == name) {
+                return buckets[slot];
             }
         }
         return -1;
@@ -90,7 +90,7 @@ private:
 
     void grow()
     {
-        std::vector<int> larger(slots.size() * 2, -1);
+        std::vector<int> larger(buckets.size() * 2, -1);
         for (int number = 0; number < count(); ++number) {
             size_t slot = hashes[size_t(number)] & (larger.size() - 1);
             while (larger[slot] >= 0) {
@@ -98,10 +98,10 @@ private:
             }
             larger[slot] = number;
         }
-        slots.swap(larger);
+        buckets.swap(larger);
     }
 
-    std::vector<int> slots; // numbers, -1 where free
+    std::vector<int> buckets; // numbers, -1 where free
     std::vector<QStringView> names;
     std::vector<uint> hashes;
 };

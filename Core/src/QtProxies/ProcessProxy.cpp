@@ -42,13 +42,17 @@ QByteArray ProcessProxy::readAllStandardError()
     return process->readAllStandardError();
 }
 
-// The whole command line in one text, split by QProcess; Qt 5.15 deprecates the form.
+// The whole command line in one text, split by QProcess::splitCommand's rules.
 void ProcessProxy::start(const QString& program, QIODevice::OpenMode mode)
 {
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+    process->startCommand(program, mode);
+#else
     QT_WARNING_PUSH
     QT_WARNING_DISABLE_DEPRECATED
     process->start(program, mode);
     QT_WARNING_POP
+#endif
 }
 
 void ProcessProxy::start(const QString& program, const QStringList& arguments,

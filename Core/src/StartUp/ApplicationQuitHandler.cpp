@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QEvent>
 #include <QMutexLocker>
+#include <QScopedValueRollback>
 
 namespace corvane {
 namespace base {
@@ -16,8 +17,9 @@ ApplicationQuitHandler::ApplicationQuitHandler(QObject* parent) : QObject(parent
 
 bool ApplicationQuitHandler::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::Quit) {
+    if (event->type() == QEvent::Quit && !quitting) {
         QMutexLocker locker(&mutex);
+        const QScopedValueRollback<bool> handling(quitting, true);
         takeDownManagers(this);
         QCoreApplication::quit();
     }

@@ -28,6 +28,8 @@ public:
 
 private:
     QMutex mutex;
+    // Set while a quit event is handled: Qt 6's quit() sends the quit event straight back.
+    bool quitting = false;
 };
 
 } // namespace business

@@ -21,6 +21,8 @@
 #include <QThread>
 #include <QTranslator>
 
+#include <algorithm>
+
 #include <unistd.h>
 
 namespace corvane {
@@ -221,7 +223,7 @@ void ApplicationStartupHandler::notifyOtherInstanceAndQuit(const QString& server
                                                            const QDeadlineTimer& deadline)
 {
     internal::LocalSocketStringMessageSender sender(
-        serverName, int(qBound<qint64>(1, deadline.remainingTime(), senderTimeout)));
+        serverName, int(std::clamp<qint64>(deadline.remainingTime(), 1, senderTimeout)));
     if (!sender.connectToReceiver()) {
         return;
     }

@@ -6,6 +6,7 @@
 
 #include <QDebug>
 #include <QMutexLocker>
+#include <QScopedValueRollback>
 #include <QSocketNotifier>
 
 #include <csignal>
@@ -63,8 +64,9 @@ CoreApplication::~CoreApplication()
 
 bool CoreApplication::event(QEvent* event)
 {
-    if (event->type() == QEvent::Quit) {
+    if (event->type() == QEvent::Quit && !quitting) {
         QMutexLocker locker(&mutex);
+        const QScopedValueRollback<bool> handling(quitting, true);
         Service::notify(QStringLiteral("STOPPING=1"));
         ApplicationQuitHandler::takeDownManagers(this);
         qDebug("CoreApplication event handler catched Quit and shutted down");

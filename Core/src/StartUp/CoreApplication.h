@@ -31,6 +31,8 @@ private:
     void handleSignal();
 
     QMutex mutex;
+    // Set while a quit event is handled: Qt 6's quit() sends the quit event straight back.
+    bool quitting = false;
     QSocketNotifier* signalNotifier = nullptr;
 };
 

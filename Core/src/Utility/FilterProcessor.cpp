@@ -13,6 +13,7 @@
 #include <QDebug>
 #include <QSet>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -108,8 +109,8 @@ uint timeT(const QDateTime& dateTime)
 
 int clamped(qint64 difference)
 {
-    return int(qBound<qint64>(std::numeric_limits<int>::min(), difference,
-                              std::numeric_limits<int>::max()));
+    return int(std::clamp<qint64>(difference, std::numeric_limits<int>::min(),
+                                  std::numeric_limits<int>::max()));
 }
 
 bool compare(int difference, CompareOperationEnum::Enum operation, const Reporter& reporter)

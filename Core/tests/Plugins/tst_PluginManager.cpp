@@ -307,6 +307,32 @@ private slots:
             "unregistered: a / info deinit done");
         ManagerRegistry::instance()->unregisterManager(*services);
     }
+
+    // A plug-in built against the other Qt major version is refused, and the reason says so.
+    void pluginForTheOtherQtMajor()
+    {
+#ifndef OTHER_MAJOR_PLUGIN
+        QSKIP("No build for the other Qt major version is named (CORVANE_OTHER_MAJOR_BUILD_DIR)");
+#else
+        QVERIFY2(QFile::exists(OTHER_MAJOR_PLUGIN), OTHER_MAJOR_PLUGIN " is not built");
+        const QString copy = QCoreApplication::applicationDirPath() + "/libOtherMajor.so";
+        QFile::remove(copy);
+        QVERIFY(QFile::copy(OTHER_MAJOR_PLUGIN, copy));
+        const QString failure = failureOf([this] { manager->loadPlugin("OtherMajor.dll"); });
+        QFile::remove(copy);
+        const int own = QT_VERSION_MAJOR;
+        const int other = own == 5 ? 6 : 5;
+        QVERIFY2(failure.startsWith("PluginManager::loadPlugin Failed to load plugin (OtherMajor.dll). ")
+                     && failure.endsWith(QString(" The plug-in was built for Qt %1; this "
+                                                 "application uses Qt %2.")
+                                             .arg(other)
+                                             .arg(own)),
+                 qPrintable(failure));
+        QStringList names;
+        manager->getAvailablePlugins(names);
+        QVERIFY(names.isEmpty());
+#endif
+    }
 };
 
 QTEST_MAIN(tst_PluginManager)

@@ -85,7 +85,7 @@ private slots:
         const QByteArray passes = configurationOf({"Alpha", "PluginB", "Chained", "Optional"});
         const QByteArray left
             = configurationOf({"MutualY", "PluginA", "PrintOnly", "MutualX", "PluginD"});
-        const QString usage = "\nUsage: .*corvane-plugins \\[options\\] command configuration\n";
+        const QString usage = "\nUsage: .*corvane-plugins6? \\[options\\] command configuration\n";
         // Pass 1 orders, in name order, what needs nothing that is missing (an optional service
         // nobody provides does not count); the next passes what the earlier ones provide.
         QTest::newRow("three passes") << passes << order << 0

@@ -129,21 +129,35 @@ bool compared(const QString& field, const QVariant& x, C::Enum operation, const 
     return results[operation - 1];
 }
 
+// QDateTime::toTime_t(), which Qt 6 no longer has; there, what Qt 5.15 computes: whole seconds
+// since 1970 (towards zero), 0xFFFFFFFF for an invalid date-time and outside 32 unsigned bits.
+uint timeT(const QDateTime& t)
+{
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    QT_WARNING_PUSH
+    QT_WARNING_DISABLE_DEPRECATED
+    return t.toTime_t();
+    QT_WARNING_POP
+#else
+    if (!t.isValid()) {
+        return uint(-1);
+    }
+    const qint64 seconds = t.toMSecsSinceEpoch() / 1000;
+    return seconds < 0 || seconds >= qint64(0xFFFFFFFF) ? uint(-1) : uint(seconds);
+#endif
+}
+
 // Dates: "<=" in whole seconds as toTime_t() counts them, "<" by QDateTime's own order; a
 // number field whose text reads as no number ("label") is never in range.
 bool inRange(const QString& field, const QVariant& x, bool in1, const QString& min, bool in2,
              const QString& max)
 {
-    QT_WARNING_PUSH
-    QT_WARNING_DISABLE_DEPRECATED
     const QDateTime t = x.toDateTime();
     const QDateTime lo = QDateTime::fromString(min, Qt::ISODate);
     const QDateTime hi = QDateTime::fromString(max, Qt::ISODate);
     if (field == "delivered") {
-        return (in1 ? lo.toTime_t() <= t.toTime_t() : lo < t)
-            && (in2 ? t.toTime_t() <= hi.toTime_t() : t < hi);
+        return (in1 ? timeT(lo) <= timeT(t) : lo < t) && (in2 ? timeT(t) <= timeT(hi) : t < hi);
     }
-    QT_WARNING_POP
     const double n = x.toDouble();
     return field != "label" && (in1 ? n >= min.toDouble() : n > min.toDouble())
         && (in2 ? n <= max.toDouble() : n < max.toDouble());

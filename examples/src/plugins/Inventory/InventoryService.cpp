@@ -23,7 +23,11 @@ void InventoryService::initialize()
             QStringLiteral("Cannot read the inventory %1: %2").arg(file, csv.errorString()));
     }
     QTextStream lines(&csv);
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+    lines.setEncoding(QStringConverter::Utf8);
+#else
     lines.setCodec("UTF-8");
+#endif
     lines.readLine(); // header
     records.clear();
     for (int number = 2; !lines.atEnd(); ++number) {
