@@ -126,7 +126,9 @@ int printProfile(const QString& source, const QByteArray& json)
         out() << ", " << QString::number(total, 'f', 1) << " ms until the event loop ran";
     }
     out() << ":\n" << QStringLiteral("%1  %2  %3\n").arg("ms", 8).arg("share", 6).arg("phase");
+    double traced = 0;
     for (const auto& event : qAsConst(events)) {
+        traced += event.durationMs;
         const QString share = total > 0
             ? QString::number(100 * event.durationMs / total, 'f', 1) + QLatin1Char('%')
             : QString();
@@ -134,6 +136,11 @@ int printProfile(const QString& source, const QByteArray& json)
                      .arg(QString::number(event.durationMs, 'f', 1), 8)
                      .arg(share, 6)
                      .arg(event.name());
+    }
+    if (total > 0) {
+        out() << QStringLiteral("%1  %2  (between the phases)\n")
+                     .arg(QString::number(total - traced, 'f', 1), 8)
+                     .arg(QString::number(100 * (total - traced) / total, 'f', 1) + '%', 6);
     }
     return AllOrdered;
 }

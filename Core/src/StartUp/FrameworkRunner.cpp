@@ -146,7 +146,10 @@ void FrameworkRunner::baseInitialization()
 
 int FrameworkRunner::runGuiApplication(int argc, char** argv)
 {
+    const qint64 creating = StartUpTrace::instance()->nanoseconds();
     QApplication application(argc, argv);
+    StartUpTrace::instance()->add(QStringLiteral("create application"), QString(), creating,
+                                  StartUpTrace::instance()->nanoseconds());
     if (!applicationInformation.getSingleAppId().isEmpty()) {
         StartUpTrace::Span span(QStringLiteral("single-instance check"));
         const int guard
@@ -184,7 +187,10 @@ int FrameworkRunner::runGuiApplication(int argc, char** argv)
 
 int FrameworkRunner::runConsoleApplication(int argc, char** argv)
 {
+    const qint64 creating = StartUpTrace::instance()->nanoseconds();
     QCoreApplication application(argc, argv);
+    StartUpTrace::instance()->add(QStringLiteral("create application"), QString(), creating,
+                                  StartUpTrace::instance()->nanoseconds());
     if (!applicationInformation.getSingleAppId().isEmpty()) {
         StartUpTrace::Span span(QStringLiteral("single-instance check"));
         const int guard

@@ -293,12 +293,14 @@ private slots:
                                          "      ms   share  phase\n"
                                          "    12.3   61.3%  initialize P\n"
                                          "     2.5   12.5%  load P\n"
-                                         "     0.0    0.2%  order plug-ins\n";
+                                         "     0.0    0.2%  order plug-ins\n"
+                                         "     5.2   26.0%  (between the phases)\n";
         QTest::newRow("array of events") << events << "0 Start-up of t.json, 20.0 ms until the event loop ran:\n"
                                          "      ms   share  phase\n"
                                          "    12.3   61.3%  initialize P\n"
                                          "     2.5   12.5%  load P\n"
-                                         "     0.0    0.2%  order plug-ins\n";
+                                         "     0.0    0.2%  order plug-ins\n"
+                                         "     5.2   26.0%  (between the phases)\n";
         QTest::newRow("not JSON") << QByteArray("{\"traceEvents\": [") << "1 ";
         QTest::newRow("no complete events") << QByteArray("[]") << "1 ";
     }
