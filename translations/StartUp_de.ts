@@ -12,4 +12,27 @@ Es darf jedoch nur eine Instanz laufen.
 Daher wird diese Instanz beendet.</translation>
     </message>
 </context>
+<context>
+    <name>corvane::base::business::LastStartQuestion</name>
+    <message>
+        <source>The last start ended while plug-in %1 was loading.</source>
+        <translation>Der letzte Start endete, während das Plug-in %1 geladen wurde.</translation>
+    </message>
+    <message>
+        <source>The last start ended while plug-in %1 was initializing.</source>
+        <translation>Der letzte Start endete, während das Plug-in %1 initialisiert wurde.</translation>
+    </message>
+    <message>
+        <source>Start without it this time, or disable it until it is enabled again?</source>
+        <translation>Diesmal ohne das Plug-in starten, oder es deaktivieren, bis es wieder aktiviert wird?</translation>
+    </message>
+    <message>
+        <source>Start without it this time</source>
+        <translation>Diesmal ohne starten</translation>
+    </message>
+    <message>
+        <source>Disable it</source>
+        <translation>Deaktivieren</translation>
+    </message>
+</context>
 </TS>

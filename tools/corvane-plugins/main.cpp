@@ -8,12 +8,15 @@
 #include <Logging/LoggingManager.h>
 #include <Plugins/PluginManager.h>
 #include <Plugins/ServiceManager.h>
+#include <Plugins/StartUpRecord.h>
+#include <Plugins/StartUpTrace.h>
 #include <StartUp/ManagerRegistry.h>
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDir>
 #include <QDomElement>
+#include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
@@ -23,6 +26,7 @@
 #include <log4cplus/layout.h>
 #include <log4cplus/logger.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
@@ -42,9 +46,14 @@ const char* const description
       "Commands:\n"
       "  order   print the start order, the pass that ordered each plug-in, what each provides\n"
       "          and requires, and why the plug-ins left over cannot start\n"
-      "  graph   write the service graph as Graphviz DOT (or, with --svg, render it)\n\n"
-      "Exit codes: 0 all plug-ins can be ordered, 1 some cannot (or cannot be loaded),\n"
-      "2 wrong usage, 3 the configuration cannot be read, 4 the SVG file was not written.";
+      "  graph   write the service graph as Graphviz DOT (or, with --svg, render it)\n"
+      "  profile where the last start's time went, by cost, from the trace it left in the\n"
+      "          user's state folder (or from a trace file given instead, <file>.json)\n"
+      "  enable <plug-in> <configuration>\n"
+      "          enable a plug-in disabled after it ended a start, and forget that it did\n\n"
+      "Exit codes: 0 all plug-ins can be ordered, 1 some cannot (or cannot be loaded; for\n"
+      "profile: no trace, for enable: nothing to enable), 2 wrong usage, 3 the configuration\n"
+      "cannot be read, 4 the SVG file was not written.";
 
 QTextStream& out()
 {
@@ -66,7 +75,75 @@ struct Report
     PluginOrder::Result result;
     QHash<QString, PluginManager::PluginDetails> details;
     QStringList why;
+    QList<QPair<QString, QString>> disabled; // name, why
+    business::StartUpRecord::Entry lastStart;
+    QStringList disabledUntilEnabled;
 };
+
+// The plug-ins a start leaves out, and the one that ended the last start.
+void printDisabled(const Report& report)
+{
+    if (!report.disabled.isEmpty()) {
+        out() << "Disabled:\n";
+        for (const auto& plugin : report.disabled) {
+            out() << "  -  " << plugin.first << " (" << plugin.second << ")\n";
+        }
+    }
+    if (!report.lastStart.isNull()) {
+        out() << "The last start ended while plug-in " << report.lastStart.name() << " was "
+              << report.lastStart.phase << ".\n";
+    }
+    for (const QString& name : report.disabledUntilEnabled) {
+        out() << name << " is disabled until it is enabled again: corvane-plugins enable " << name
+              << ' ' << report.configuration << "\n";
+    }
+}
+
+// Every phase of a trace, the most costly first, in milliseconds with one decimal.
+int printProfile(const QString& source, const QByteArray& json)
+{
+    QString error;
+    QList<business::StartUpTrace::Event> events = business::StartUpTrace::fromJson(json, &error);
+    if (!error.isEmpty()) {
+        return fail(NotAllOrdered, QStringLiteral("no start-up trace in %1: %2").arg(source, error));
+    }
+    double total = 0;
+    for (const auto& event : qAsConst(events)) {
+        if (event.phase == QLatin1String("start-up")) {
+            total = event.durationMs;
+        }
+    }
+    events.erase(std::remove_if(events.begin(), events.end(),
+                                [](const business::StartUpTrace::Event& event) {
+                                    return event.phase == QLatin1String("start-up");
+                                }),
+                 events.end());
+    std::stable_sort(events.begin(), events.end(), [](const auto& a, const auto& b) {
+        return a.durationMs > b.durationMs;
+    });
+    out() << "Start-up of " << source;
+    if (total > 0) {
+        out() << ", " << QString::number(total, 'f', 1) << " ms until the event loop ran";
+    }
+    out() << ":\n" << QStringLiteral("%1  %2  %3\n").arg("ms", 8).arg("share", 6).arg("phase");
+    double traced = 0;
+    for (const auto& event : qAsConst(events)) {
+        traced += event.durationMs;
+        const QString share = total > 0
+            ? QString::number(100 * event.durationMs / total, 'f', 1) + QLatin1Char('%')
+            : QString();
+        out() << QStringLiteral("%1  %2  %3\n")
+                     .arg(QString::number(event.durationMs, 'f', 1), 8)
+                     .arg(share, 6)
+                     .arg(event.name());
+    }
+    if (total > 0) {
+        out() << QStringLiteral("%1  %2  (between the phases)\n")
+                     .arg(QString::number(total - traced, 'f', 1), 8)
+                     .arg(QString::number(100 * (total - traced) / total, 'f', 1) + '%', 6);
+    }
+    return AllOrdered;
+}
 
 // A DOT string: quoted, with its quotes, backslashes and line breaks escaped.
 QString quoted(QString text)
@@ -333,9 +410,15 @@ int main(int argc, char** argv)
         usageProblem = parser.errorText();
     } else if (parser.isSet(QStringLiteral("help"))) {
         parser.showHelp(0);
-    } else if (parser.positionalArguments().size() != 2
-               || !QStringList {"order", "graph"}.contains(parser.positionalArguments().at(0))) {
-        usageProblem = QStringLiteral("expected a command (order or graph) and a configuration");
+    } else if (parser.positionalArguments().value(0) == "enable"
+               && parser.positionalArguments().size() != 3) {
+        usageProblem = QStringLiteral("expected: enable <plug-in> <configuration>");
+    } else if (parser.positionalArguments().value(0) != "enable"
+               && (parser.positionalArguments().size() != 2
+                   || !QStringList {"order", "graph", "profile"}.contains(
+                       parser.positionalArguments().at(0)))) {
+        usageProblem = QStringLiteral(
+            "expected a command (order, graph, profile or enable) and a configuration");
     } else if (parser.isSet(svgOption) && parser.positionalArguments().at(0) != "graph") {
         usageProblem = QStringLiteral("--svg belongs to the graph command");
     }
@@ -345,7 +428,14 @@ int main(int argc, char** argv)
         return UsageError;
     }
     const QString command = parser.positionalArguments().at(0);
-    const QString given = parser.positionalArguments().at(1);
+    const QString given = parser.positionalArguments().last();
+    if (command == QLatin1String("profile") && given.endsWith(QLatin1String(".json"))) {
+        QFile trace(given);
+        if (!trace.open(QIODevice::ReadOnly)) {
+            return fail(ConfigError, QStringLiteral("cannot read %1: %2").arg(given, trace.errorString()));
+        }
+        return printProfile(given, trace.readAll());
+    }
     const QString svg = parser.isSet(svgOption)
         ? QFileInfo(parser.value(svgOption)).absoluteFilePath()
         : QString();
@@ -369,6 +459,29 @@ int main(int argc, char** argv)
     entities::ApplicationInformation information;
     QList<entities::PluginConfiguration> plugins;
     business::ConfigurationManager::readConfig(root, information, plugins);
+    // The state folder's name: the application's, as its start takes it.
+    const QString applicationName = information.getApplicationName().isEmpty()
+        ? QFileInfo(path).completeBaseName()
+        : information.getApplicationName();
+    business::StartUpRecord record(applicationName);
+    if (command == QLatin1String("profile")) {
+        const QByteArray trace = record.storedTrace();
+        if (trace.isEmpty()) {
+            return fail(NotAllOrdered, QStringLiteral("no start of %1 has left a trace in %2")
+                                           .arg(applicationName, record.folder()));
+        }
+        return printProfile(given, trace);
+    }
+    if (command == QLatin1String("enable")) {
+        const QString name = parser.positionalArguments().at(1);
+        if (!record.enable(name)) {
+            return fail(NotAllOrdered,
+                        QStringLiteral("%1 is neither disabled nor recorded for %2 (in %3)")
+                            .arg(name, applicationName, record.folder()));
+        }
+        out() << "Enabled " << name << " for " << applicationName << ".\n";
+        return AllOrdered;
+    }
 
     Report report;
     report.configuration = given;
@@ -376,11 +489,14 @@ int main(int argc, char** argv)
         QFileInfo(parser.isSet(folderOption) ? parser.value(folderOption) + "/" : path)
             .absolutePath());
 
-    // Loaded as a start loads them: in the application's folder, with its managers there.
+    // Loaded as a start loads them: in the applicationName's folder, with its managers there.
     business::ManagerRegistry::instance()->registerManager(*business::ServiceManager::instance());
     PluginManager* manager = PluginManager::instance();
     business::ManagerRegistry::instance()->registerManager(*manager);
     manager->setPluginFolder(report.folder);
+    manager->setApplicationName(applicationName);
+    report.lastStart = record.lastEndedStart();
+    report.disabledUntilEnabled = record.disabledPlugins();
     manager->setPluginConfigurations(plugins);
     QDir::setCurrent(report.folder);
     int result = AllOrdered;
@@ -392,12 +508,14 @@ int main(int argc, char** argv)
             // The left-over plug-ins are in the recorded result.
         }
         report.result = manager->getOrdering();
+        report.disabled = manager->getDisabledPlugins();
         report.why = PluginOrder::explainLeftOver(manager->getOrderingInput(), report.result);
         for (const QString& name : report.result.order + report.result.leftOver) {
             report.details.insert(name, manager->getPluginDetails(name));
         }
         if (command == QLatin1String("order")) {
             result = printOrder(report);
+            printDisabled(report);
         } else {
             const QString graph = graphOf(report);
             result = report.result.leftOver.isEmpty() ? AllOrdered : NotAllOrdered;

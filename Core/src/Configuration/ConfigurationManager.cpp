@@ -228,9 +228,13 @@ void ConfigurationManager::readPlugins(const QDomElement& section,
             continue;
         }
         const QString library = plugin.firstChildElement(QStringLiteral("library")).text();
-        pluginConfigurations.append(
-            PluginConfiguration(normalisedLibraryName(library),
-                                plugin.firstChildElement(QStringLiteral("configuration"))));
+        PluginConfiguration configuration(
+            normalisedLibraryName(library),
+            plugin.firstChildElement(QStringLiteral("configuration")));
+        configuration.setEnabled(plugin.attribute(QStringLiteral("enabled")).compare(
+                                     QLatin1String("false"), Qt::CaseInsensitive)
+                                 != 0);
+        pluginConfigurations.append(configuration);
     }
 }
 

@@ -19,6 +19,16 @@ void PluginConfiguration::getConfiguration(QDomElement& configuration) const
     configuration = this->configuration;
 }
 
+bool PluginConfiguration::isEnabled() const
+{
+    return enabled;
+}
+
+void PluginConfiguration::setEnabled(bool enabled)
+{
+    this->enabled = enabled;
+}
+
 } // namespace entities
 } // namespace base
 } // namespace corvane

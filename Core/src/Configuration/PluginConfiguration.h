@@ -19,9 +19,14 @@ public:
     void getLibrary(QString& library) const;
     void getConfiguration(QDomElement& configuration) const;
 
+    /// False for an entry written <plugin enabled="false">: the plug-in is not loaded.
+    bool isEnabled() const;
+    void setEnabled(bool enabled);
+
 private:
     QString library;
     QDomElement configuration;
+    bool enabled = true;
 };
 
 } // namespace entities

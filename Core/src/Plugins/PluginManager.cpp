@@ -1,10 +1,12 @@
 #include "Plugins/PluginManager.h"
 
+#include "Configuration/ApplicationInformation.h"
 #include "Exceptions/Exceptions.h"
 #include "Interfaces/IConfigurationManager.h"
 #include "Interfaces/IPlugin.h"
 #include "Logging/LogMessageHandler.h"
 #include "Plugins/PluginOrder.h"
+#include "Plugins/StartUpTrace.h"
 #include "StartUp/ManagerRegistry.h"
 
 #include <QCoreApplication>
@@ -137,15 +139,25 @@ void PluginManager::slotInitialize()
 {
     qInfo("slotInitialize: called");
     failedStart.clear();
+    // However the start ends, short of a crash, its record goes with it.
+    struct RecordEnd
+    {
+        PluginManager* manager;
+        ~RecordEnd() { manager->endStartRecord(); }
+    } recordEnd {this};
     try {
         ManagerRegistry::instance()->getConfigurationManager()->getPluginConfiguration(
             pluginConfigurations);
+        beginStartRecord();
         emit signalStartPhase(QStringLiteral("Loading plug-ins"));
         qInfo("init: --- Starting to load Plugins ---");
         loadPlugins();
         qInfo("init: --- Done loading Plugins ---");
         qInfo("init: --- Starting to order Plugins ---");
-        orderPlugins();
+        {
+            StartUpTrace::Span span(QStringLiteral("order plug-ins"));
+            orderPlugins();
+        }
         qInfo("init: --- Done ordering Plugins ---");
         emit signalStartPhase(QStringLiteral("Starting plug-ins"));
         qInfo("init: --- Starting to initialize Plugins ---");
@@ -163,6 +175,9 @@ void PluginManager::slotInitialize()
         }
     }
     logStartUpTimes();
+    const QString application = getApplicationName();
+    StartUpTrace::instance()->finishWhenEventLoopRuns(
+        [application](const QByteArray& trace) { StartUpRecord(application).storeTrace(trace); });
 }
 
 QString PluginManager::startFailure() const
@@ -205,13 +220,21 @@ PluginOrder::Result PluginManager::getOrdering() const
 
 void PluginManager::loadPlugins()
 {
+    disabledPlugins.reset(DisabledPlugins::fromEnvironment(),
+                          StartUpRecord(getApplicationName()).disabledPlugins(), leftOutThisStart);
     for (const entities::PluginConfiguration& configuration : qAsConst(pluginConfigurations)) {
         QCoreApplication::processEvents();
         QString library;
         configuration.getLibrary(library);
-        if (!library.isEmpty()) {
+        if (!library.isEmpty() && !leavesOut(configuration)) {
+            recordPhase(QString(), library);
+            StartUpTrace::Span span(QStringLiteral("load"), library);
             loadPlugin(library);
+            span.setPlugin(loadedFiles.value(library, library));
         }
+    }
+    if (!disabledPlugins.isEmpty()) {
+        disableDependents();
     }
 }
 
@@ -243,6 +266,9 @@ void PluginManager::loadPlugin(const QString& aPluginFileName)
     }
 
     const QString name = nameOf(plugin);
+    if (leavesOut(name, loader.get())) {
+        return;
+    }
     if (isLoaded(name)) {
         // The same library under another spelling shares its instance with the first load;
         // unloading only gives this loader's reference back.
@@ -370,6 +396,8 @@ void PluginManager::initPlugin(QPluginLoader* aPluginLoader)
         qInfo() << "initPlugin: Plugin already initialized:" << name;
         return;
     }
+    recordPhase(name, loadedFiles.key(name));
+    StartUpTrace::Span span(QStringLiteral("initialize"), name);
     QElapsedTimer timer;
     timer.start();
     try {
@@ -684,6 +712,134 @@ void PluginManager::logStartUpTimes() const
     }
     qDebug().noquote()
         << QStringLiteral("init: Plugins loaded and initialized in %1 ms").arg(total);
+}
+
+void PluginManager::setLastStartPolicy(LastStartPolicy policy)
+{
+    lastStartPolicy = std::move(policy);
+}
+
+void PluginManager::setApplicationName(const QString& name)
+{
+    applicationName = name;
+}
+
+QString PluginManager::getApplicationName() const
+{
+    return applicationName.isEmpty() ? QCoreApplication::applicationName() : applicationName;
+}
+
+QList<QPair<QString, QString>> PluginManager::getDisabledPlugins() const
+{
+    return disabledPlugins.list();
+}
+
+// Reports the plug-in that ended the last start, and lets the policy decide about it.
+void PluginManager::beginStartRecord()
+{
+    entities::ApplicationInformation information;
+    ManagerRegistry::instance()->getConfigurationManager()->getApplicationInformation(information);
+    if (!information.getApplicationName().isEmpty()) {
+        applicationName = information.getApplicationName();
+    }
+    startRecord = std::make_unique<StartUpRecord>(getApplicationName());
+    leftOutThisStart.clear();
+    const StartUpRecord::Entry last = startRecord->lastEndedStart();
+    if (last.isNull()) {
+        return;
+    }
+    qWarning().noquote() << QStringLiteral("The last start ended while plug-in %1 was %2")
+                                .arg(last.name(), last.phase);
+    startRecord->removeEndedStarts();
+    const LastStartChoice choice
+        = lastStartPolicy ? lastStartPolicy(last) : LastStartChoice::StartWithIt;
+    if (choice == LastStartChoice::LeaveOutThisTime) {
+        leftOutThisStart << last.name();
+    } else if (choice == LastStartChoice::DisableUntilEnabled && !startRecord->disable(last.name())) {
+        qWarning().noquote() << QStringLiteral("init: Cannot disable %1: %2")
+                                    .arg(last.name(), startRecord->errorString());
+        leftOutThisStart << last.name();
+    }
+}
+
+void PluginManager::endStartRecord()
+{
+    if (startRecord) {
+        startRecord->clear();
+        startRecord.reset();
+    }
+}
+
+// Written before the plug-in's code runs, so that it stays behind if that code ends the process.
+void PluginManager::recordPhase(const QString& plugin, const QString& library)
+{
+    if (startRecord && !startRecord->recordInitializing(plugin, library)) {
+        qWarning().noquote() << QStringLiteral("init: The start is not recorded: ")
+                + startRecord->errorString();
+        startRecord.reset();
+    }
+}
+
+bool PluginManager::leavesOut(const entities::PluginConfiguration& configuration)
+{
+    const QString reason = disabledPlugins.reasonBeforeLoading(configuration);
+    if (reason.isEmpty()) {
+        return false;
+    }
+    QString library;
+    configuration.getLibrary(library);
+    qInfo().noquote() << QStringLiteral("loadPlugins: Plugin disabled: \"%1\" (%2)").arg(library, reason);
+    disabledPlugins.add(library, reason, {}, false);
+    return true;
+}
+
+bool PluginManager::leavesOut(const QString& name, QPluginLoader* loader)
+{
+    const QString reason = disabledPlugins.reasonAfterLoading(name);
+    if (reason.isEmpty()) {
+        return false;
+    }
+    QStringList provided;
+    qobject_cast<IPlugin*>(loader->instance())->getProvidedServices(provided);
+    qInfo().noquote() << QStringLiteral("loadPlugins: Plugin disabled: \"%1\" (%2)").arg(name, reason);
+    disabledPlugins.add(name, reason, provided, true);
+    loader->unload();
+    return true;
+}
+
+// Plug-ins that require (not optionally) what only disabled plug-ins provide go with them, one
+// at a time, until the rest can do without them.
+void PluginManager::disableDependents()
+{
+    for (bool disabledOne = true; disabledOne;) {
+        disabledOne = false;
+        QStringList enabledServices;
+        for (const LoadedPlugin& loaded : qAsConst(plugins)) {
+            QStringList provided;
+            pluginOf("loadPlugins", loaded.first, loaded.second)->getProvidedServices(provided);
+            enabledServices << provided;
+        }
+        for (const LoadedPlugin& loaded : qAsConst(plugins)) {
+            IPlugin* plugin = pluginOf("loadPlugins", loaded.first, loaded.second);
+            QStringList required;
+            plugin->getRequiredServices(required);
+            const QString reason = disabledPlugins.reasonAsDependent(required, enabledServices);
+            if (reason.isEmpty()) {
+                continue;
+            }
+            const QString name = loaded.first;
+            QStringList provided;
+            plugin->getProvidedServices(provided);
+            qInfo().noquote() << QStringLiteral("loadPlugins: Plugin disabled: \"%1\" (%2)").arg(name, reason);
+            disabledPlugins.add(name, reason, provided, true);
+            for (QStringList& names : tasks) {
+                names.removeAll(name);
+            }
+            unloadPlugin(name);
+            disabledOne = true;
+            break;
+        }
+    }
 }
 
 void PluginManager::fail(const char* method, const QString& reason)

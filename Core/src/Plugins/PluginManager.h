@@ -2,12 +2,17 @@
 
 #include "Configuration/PluginConfiguration.h"
 #include "Interfaces/IPluginManager.h"
+#include "Plugins/DisabledPlugins.h"
 #include "Plugins/PluginOrder.h"
+#include "Plugins/StartUpRecord.h"
 
 #include <QHash>
 #include <QList>
 #include <QPair>
 #include <QSet>
+
+#include <functional>
+#include <memory>
 
 class QPluginLoader;
 
@@ -108,6 +113,17 @@ public:
     QList<PluginOrder::Plugin> getOrderingInput() const;
     PluginOrder::Result getOrdering() const;
 
+    /// Decides, at a start, what to do about the plug-in that ended the last start; without
+    /// one the start only warns. The runner sets it by the application's type.
+    using LastStartPolicy = std::function<LastStartChoice(const StartUpRecord::Entry&)>;
+    void setLastStartPolicy(LastStartPolicy policy);
+    /// The name of the user's state folder of the application; the start takes it from the
+    /// configuration, else the application's name.
+    void setApplicationName(const QString& name);
+    QString getApplicationName() const;
+    /// The plug-ins (or libraries) that the last loadPlugins() left out, each with why.
+    QList<QPair<QString, QString>> getDisabledPlugins() const;
+
 signals:
     void signalInitialize();
     /// The start moves on: "Loading plug-ins", then "Starting plug-ins".
@@ -130,6 +146,12 @@ private:
     void deinitPlugin(QPluginLoader* aPluginLoader);
     void configure(QPluginLoader* loader, interfaces::IPlugin* plugin);
     void logStartUpTimes() const;
+    void beginStartRecord();
+    void endStartRecord();
+    bool leavesOut(const entities::PluginConfiguration& configuration);
+    bool leavesOut(const QString& name, QPluginLoader* loader);
+    void disableDependents();
+    void recordPhase(const QString& plugin, const QString& library);
     /// Throws the manager's exception; the caller has logged the failure.
     [[noreturn]] void fail(const char* method, const QString& reason);
 
@@ -144,6 +166,11 @@ private:
     PluginOrder::Result ordering;
     QString failedStart;
     QString pluginFolder; // empty: the application's folder
+    QString applicationName;
+    LastStartPolicy lastStartPolicy;
+    std::unique_ptr<StartUpRecord> startRecord; // while a start loads and initializes
+    QStringList leftOutThisStart;
+    DisabledPlugins disabledPlugins;
 };
 
 } // namespace business

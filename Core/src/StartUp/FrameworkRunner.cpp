@@ -4,8 +4,11 @@
 #include "Exceptions/Exceptions.h"
 #include "Logging/LogMessageHandler.h"
 #include "Logging/LoggingManager.h"
+#include "Plugins/PluginManager.h"
+#include "Plugins/StartUpTrace.h"
 #include "StartUp/ApplicationQuitHandler.h"
 #include "StartUp/ApplicationStartupHandler.h"
+#include "StartUp/LastStartQuestion.h"
 #include "StartUp/ManagerRegistry.h"
 #include "StartUp/Service.h"
 #include "StartUp/ServiceController.h"
@@ -33,6 +36,20 @@ namespace {
 // Returned when a run ends through a framework failure.
 constexpr int failedRun = 1;
 
+// A GUI application asks what to do about a plug-in that ended its last start; a console
+// application or a service leaves it out only when asked to start safely.
+PluginManager::LastStartPolicy lastStartPolicyFor(ApplicationInformation::ApplicationType type,
+                                                  bool safeStart)
+{
+    if (type == ApplicationInformation::GUI) {
+        return &LastStartQuestion::ask;
+    }
+    const bool leaveOut = safeStart || qgetenv("CORVANE_SAFE_START") == "1";
+    return [leaveOut](const StartUpRecord::Entry&) {
+        return leaveOut ? LastStartChoice::LeaveOutThisTime : LastStartChoice::StartWithIt;
+    };
+}
+
 } // namespace
 
 FrameworkRunner::FrameworkRunner() = default;
@@ -45,7 +62,13 @@ int FrameworkRunner::exec(int argc, char** argv, bool checkSignature)
         arguments << QString::fromLocal8Bit(argv[i]);
     }
 
-    if (!retrieveApplicationInfo(arguments)) {
+    StartUpTrace::instance()->begin();
+    bool readable = false;
+    {
+        StartUpTrace::Span span(QStringLiteral("read configuration"));
+        readable = retrieveApplicationInfo(arguments);
+    }
+    if (!readable) {
         qWarning() << QStringLiteral("returnValue: %1").arg(1);
         return 1;
     }
@@ -87,6 +110,10 @@ bool FrameworkRunner::retrieveApplicationInfo(const QStringList& arguments)
         if (child.tagName().compare(QLatin1String("service"), Qt::CaseInsensitive) == 0) {
             serviceSettings = child;
         }
+        if (child.tagName().compare(QLatin1String("information"), Qt::CaseInsensitive) == 0) {
+            core::utility::XMLHelper::readBoolFromXML(child, QStringLiteral("safestart"),
+                                                      &safeStart);
+        }
     }
     return true;
 }
@@ -97,7 +124,11 @@ void FrameworkRunner::baseInitialization()
     ManagerRegistry* registry = ManagerRegistry::instance();
     LoggingManager* loggingManager = LoggingManager::instance();
     registry->registerManager(*loggingManager);
-    loggingManager->initialize();
+    {
+        StartUpTrace::Span span(QStringLiteral("set up logging"));
+        loggingManager->initialize();
+    }
+    StartUpTrace::Span span(QStringLiteral("configuration manager"));
 
     ConfigurationManager* configurationManager = ConfigurationManager::instance();
     registry->registerManager(*configurationManager);
@@ -109,12 +140,18 @@ void FrameworkRunner::baseInitialization()
     configurationManager->initialize();
 
     registry->registerManager(*StartUpManager::instance());
+    PluginManager::instance()->setLastStartPolicy(
+        lastStartPolicyFor(applicationInformation.getApplicationType(), safeStart));
 }
 
 int FrameworkRunner::runGuiApplication(int argc, char** argv)
 {
+    const qint64 creating = StartUpTrace::instance()->nanoseconds();
     QApplication application(argc, argv);
+    StartUpTrace::instance()->add(QStringLiteral("create application"), QString(), creating,
+                                  StartUpTrace::instance()->nanoseconds());
     if (!applicationInformation.getSingleAppId().isEmpty()) {
+        StartUpTrace::Span span(QStringLiteral("single-instance check"));
         const int guard
             = ApplicationStartupHandler::instance()->getSingleGuiApplicationGuardExitCode(
                 application, applicationInformation.getSingleAppId(),
@@ -150,8 +187,12 @@ int FrameworkRunner::runGuiApplication(int argc, char** argv)
 
 int FrameworkRunner::runConsoleApplication(int argc, char** argv)
 {
+    const qint64 creating = StartUpTrace::instance()->nanoseconds();
     QCoreApplication application(argc, argv);
+    StartUpTrace::instance()->add(QStringLiteral("create application"), QString(), creating,
+                                  StartUpTrace::instance()->nanoseconds());
     if (!applicationInformation.getSingleAppId().isEmpty()) {
+        StartUpTrace::Span span(QStringLiteral("single-instance check"));
         const int guard
             = ApplicationStartupHandler::instance()->getSingleConsoleApplicationGuardExitCode(
                 application, applicationInformation.getSingleAppId(),

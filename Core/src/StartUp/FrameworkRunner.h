@@ -42,6 +42,7 @@ public:
 private:
     entities::ApplicationInformation applicationInformation;
     bool checkSignature = false;
+    bool safeStart = false; // <information><safestart>true</safestart>
     QDomElement serviceSettings; // <service> of the configuration: settings of a service's unit
 };
 

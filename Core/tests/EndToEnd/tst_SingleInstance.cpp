@@ -35,6 +35,10 @@ class tst_SingleInstance : public QObject
         QProcess& process = processes.emplace_back();
         QProcessEnvironment processEnvironment = environment;
         processEnvironment.insert("CORVANE_DEMO_CLOSE_AFTER_MS", QString::number(closeAfterMs));
+        // A state folder each: an instance killed while it starts its plug-ins must not make
+        // the next one ask what to do about them.
+        processEnvironment.insert("XDG_STATE_HOME",
+                                  path("state/" + QString::number(processes.size())));
         process.setProcessEnvironment(processEnvironment);
         process.start(runAs.value(0, path("corvane-demo")), runAs.mid(1) + arguments);
         started << process.processId();

@@ -176,7 +176,8 @@ private slots:
             << "^corvane-plugins: Failed to load plugin \\(Absent\\.dll\\)\\. .+\n$";
         QTest::newRow("unknown command")
             << QByteArray() << QStringList {"start", "app.xml"} << 2 << ""
-            << "^corvane-plugins: expected a command \\(order or graph\\) and a configuration"
+            << "^corvane-plugins: expected a command \\(order, graph, profile or enable\\) and a "
+               "configuration"
                 + usage;
         QTest::newRow("--svg without graph")
             << QByteArray() << QStringList {"order", "--svg", "x.svg", "app.xml"} << 2 << ""
@@ -199,6 +200,119 @@ private slots:
                  out.replace("%F", plugins));
         QVERIFY2(QRegularExpression(err).match(result.err).hasMatch(), qPrintable(result.err));
         QCOMPARE(result.exitCode, exitCode);
+    }
+
+    // A plug-in disabled by the configuration or by CORVANE_DISABLE_PLUGINS (a plug-in's name or
+    // any form of a library's) is not started, nor is what requires its services, one line each
+    // with why; what only optionally requires them still is.
+    void disabling_data()
+    {
+        QTest::addColumn<QByteArray>("configuration");
+        QTest::addColumn<QString>("disable"); // CORVANE_DISABLE_PLUGINS
+        QTest::addColumn<QString>("out");
+        const QByteArray four = configurationOf({"PluginA", "PluginB", "Hopeful", "PluginC"});
+        const QString started = "Start order of app.xml (plug-ins from %F):\n"
+                                "  1  Hopeful 0.12.0  pass 1\n"
+                                "       requires: S1 (optional, provided by nobody)\n"
+                                "  2  PluginC 0.12.0  pass 1\n"
+                                "2 of 2 plug-ins can be ordered, in 1 pass.\n"
+                                "Disabled:\n";
+        const QString byName = "  -  PluginB (disabled by CORVANE_DISABLE_PLUGINS)\n"
+                               "  -  PluginA (requires S1, which the disabled PluginB provides)\n";
+        const QString byLibrary
+            = "  -  PluginB.dll (disabled by CORVANE_DISABLE_PLUGINS)\n"
+              "  -  PluginA (requires S1, which no enabled plug-in provides)\n";
+        // PluginBTwin's plug-in is named PluginB: its library is loaded to learn the name.
+        QTest::newRow("plug-in name")
+            << configurationOf({"PluginA", "PluginBTwin", "Hopeful", "PluginC"}) << "PluginB"
+            << started + byName;
+        QTest::newRow("library stem, with blanks and others")
+            << four << " Nothing , PluginB ," << started + byLibrary;
+        QTest::newRow("library file") << four << "libPluginB.so" << started + byLibrary;
+        QTest::newRow("configured library") << four << "PluginB.dll" << started + byLibrary;
+        QByteArray disabledEntry = four;
+        disabledEntry.replace("<plugin><library>PluginB", "<plugin enabled=\"false\"><library>PluginB");
+        QTest::newRow("configuration")
+            << disabledEntry << ""
+            << started
+                + "  -  PluginB.dll (disabled by the configuration)\n"
+                  "  -  PluginA (requires S1, which no enabled plug-in provides)\n";
+        QTest::newRow("one after the other") // Alpha needs S2 of Chained, which needs S1
+            << configurationOf({"Alpha", "PluginB", "Chained", "PluginC"}) << "PluginB"
+            << "Start order of app.xml (plug-ins from %F):\n"
+               "  1  PluginC 0.12.0  pass 1\n"
+               "1 of 1 plug-in can be ordered, in 1 pass.\n"
+               "Disabled:\n"
+               "  -  PluginB.dll (disabled by CORVANE_DISABLE_PLUGINS)\n"
+               "  -  Chained (requires S1, which no enabled plug-in provides)\n"
+               "  -  Alpha (requires S2, which the disabled Chained provides)\n";
+        QTest::newRow("nothing named") // as without the variable
+            << configurationOf({"PluginC"}) << "Nothing"
+            << "Start order of app.xml (plug-ins from %F):\n"
+               "  1  PluginC 0.12.0  pass 1\n"
+               "1 of 1 plug-in can be ordered, in 1 pass.\n";
+    }
+    void disabling()
+    {
+        QFETCH(QByteArray, configuration);
+        QFETCH(QString, disable);
+        QFETCH(QString, out);
+        writeFile("app.xml", configuration);
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("CORVANE_DISABLE_PLUGINS", disable);
+        const Run result = tool({"order", "app.xml", "--folder", plugins, "--verbose"}, environment);
+        QCOMPARE(result.out, out.replace("%F", plugins));
+        QCOMPARE(result.exitCode, 0);
+        // The log says the same, one line each.
+        QStringList logged;
+        const QRegularExpression line("loadPlugins: Plugin disabled: \"(\\S+)\" (\\(.*\\))\n");
+        for (auto match = line.globalMatch(result.err); match.hasNext();) {
+            const QRegularExpressionMatch found = match.next();
+            logged << "  -  " + found.captured(1) + ' ' + found.captured(2) + '\n';
+        }
+        QCOMPARE(logged.join(""), out.section("Disabled:\n", 1));
+    }
+
+    // The table of a trace, the most costly phase first, with its share of the whole start-up.
+    void profile_data()
+    {
+        QTest::addColumn<QByteArray>("trace");
+        QTest::addColumn<QString>("outcome");
+        const QByteArray events
+            = R"([{"name":"process_name","ph":"M","pid":1,"tid":1,"args":{"name":"app"}},
+                 {"name":"load P","ph":"X","ts":100,"dur":2500,"pid":1,"tid":1,
+                  "args":{"phase":"load","plugin":"P"}},
+                 {"name":"initialize P","ph":"X","ts":2700,"dur":12260,"pid":1,"tid":1,
+                  "args":{"phase":"initialize","plugin":"P"}},
+                 {"name":"order plug-ins","ph":"X","ts":2600,"dur":40,"pid":1,"tid":1,
+                  "args":{"phase":"order plug-ins"}},
+                 {"name":"start-up","ph":"X","ts":0,"dur":20000,"pid":1,"tid":1,
+                  "args":{"phase":"start-up"}}])";
+        QTest::newRow("trace object") << "{\"traceEvents\":" + events + "}"
+                                      << "0 Start-up of t.json, 20.0 ms until the event loop ran:\n"
+                                         "      ms   share  phase\n"
+                                         "    12.3   61.3%  initialize P\n"
+                                         "     2.5   12.5%  load P\n"
+                                         "     0.0    0.2%  order plug-ins\n"
+                                         "     5.2   26.0%  (between the phases)\n";
+        QTest::newRow("array of events") << events << "0 Start-up of t.json, 20.0 ms until the event loop ran:\n"
+                                         "      ms   share  phase\n"
+                                         "    12.3   61.3%  initialize P\n"
+                                         "     2.5   12.5%  load P\n"
+                                         "     0.0    0.2%  order plug-ins\n"
+                                         "     5.2   26.0%  (between the phases)\n";
+        QTest::newRow("not JSON") << QByteArray("{\"traceEvents\": [") << "1 ";
+        QTest::newRow("no complete events") << QByteArray("[]") << "1 ";
+    }
+    void profile()
+    {
+        QFETCH(QByteArray, trace);
+        QFETCH(QString, outcome);
+        writeFile("t.json", trace);
+        const Run result = tool({"profile", "t.json"});
+        QCOMPARE(result.outcome(), outcome);
+        QCOMPARE(result.err.startsWith("corvane-plugins: no start-up trace in t.json: "),
+                 result.exitCode == 1);
     }
 
     // Rendered with Graphviz's dot; without it, the tool says so and writes nothing.

@@ -3,7 +3,9 @@
 // is done to it as Qt messages. Its configuration may say <canClose>false</canClose>,
 // <failInitialize>true</failInitialize>, <holdUntil>file</holdUntil> (its load waits, a minute
 // at most and with Qt's events going on, until the file exists) or <blockOnCommandMs>ms
-// </blockOnCommandMs> (each custom command of a service then blocks the main thread that long).
+// </blockOnCommandMs> (each custom command of a service then blocks the main thread that long)
+// or <crashInitialize>abort|segv|hang</crashInitialize> (its initialize() ends the process, or
+// waits a minute at most to be killed from outside).
 
 #include <Exceptions/Exceptions.h>
 #include <StartUp/Service.h>
@@ -14,6 +16,9 @@
 #include <QDeadlineTimer>
 #include <QFile>
 #include <QThread>
+
+#include <csignal>
+#include <cstdlib>
 
 namespace {
 
@@ -50,6 +55,7 @@ public:
         XMLHelper::readBoolFromXML(configuration, "canClose", &canClose);
         XMLHelper::readBoolFromXML(configuration, "failInitialize", &failInitialize);
         XMLHelper::readIntFromXML(configuration, "blockOnCommandMs", &blockOnCommandMs);
+        XMLHelper::readStringFromXML(configuration, "crashInitialize", &crash);
         QString file;
         if (XMLHelper::readStringFromXML(configuration, "holdUntil", &file)) {
             qInfo("test: %s holding", TEST_PLUGIN_NAME);
@@ -63,6 +69,7 @@ public:
 
     void initialize() override
     {
+        crashIfAsked();
         if (failInitialize)
             throw corvane::base::exceptions::PluginException(this, "initialize()",
                                                              "refuses to start");
@@ -91,6 +98,19 @@ public:
     }
 
 private:
+    void crashIfAsked()
+    {
+        if (crash.isEmpty())
+            return;
+        qInfo("test: %s crashing (%s)", TEST_PLUGIN_NAME, qPrintable(crash));
+        if (crash == "segv")
+            std::raise(SIGSEGV);
+        if (crash == "hang")
+            QThread::sleep(60);
+        std::abort();
+    }
+
+    QString crash;
     bool canClose = true;
     bool failInitialize = false;
     int blockOnCommandMs = 0;

@@ -9,6 +9,7 @@
 #include <Interfaces/IService.h>
 #include <Plugins/PluginManager.h>
 #include <Plugins/ServiceCache.h>
+#include <Plugins/StartUpTrace.h>
 #include <StartUp/ApplicationStartupHandler.h>
 #include <StartUp/ManagerRegistry.h>
 #include <Utility/AbstractPlugin.h>
@@ -178,8 +179,8 @@ private:
                                      plugin.tasks.join(QStringLiteral(", ")),
                                      plugin.providedServices.join(QStringLiteral(", ")),
                                      required.join(QStringLiteral(", ")),
-                                     QString::number(plugin.loadMilliseconds),
-                                     QString::number(plugin.initializeMilliseconds)};
+                                     milliseconds(plugin.name, QStringLiteral("load")),
+                                     milliseconds(plugin.name, QStringLiteral("initialize"))};
             for (int column = 0; column < cells.size(); ++column) {
                 auto* item = new QTableWidgetItem(cells.at(column));
                 if (column >= 6) {
@@ -190,6 +191,13 @@ private:
         }
         plugins->resizeColumnsToContents();
         plugins->resizeRowsToContents();
+    }
+
+    // From the start-up trace, with one decimal; empty for a phase that did not run.
+    static QString milliseconds(const QString& plugin, const QString& phase)
+    {
+        const double value = base::business::StartUpTrace::instance()->milliseconds(plugin, phase);
+        return value < 0 ? QString() : QString::number(value, 'f', 1);
     }
 
     void showDescription(int row)
