@@ -33,6 +33,13 @@ inline Run run(const QString& program, const QStringList& arguments,
             process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
+// kill(2) for one process: never for a pid of 0 or less, which would signal a whole process
+// group (the test's own and its runner's) or every process.
+inline int signalProcess(qint64 pid, int signal)
+{
+    return pid > 0 ? ::kill(pid_t(pid), signal) : -1;
+}
+
 // Copies files into the folder: names in the folder "from", or absolute paths.
 inline bool copyInto(const QString& folder, const QString& from, const QStringList& files)
 {
@@ -42,12 +49,27 @@ inline bool copyInto(const QString& folder, const QString& from, const QStringLi
     });
 }
 
+// The program a process runs. A program of another CPU that the kernel hands to qemu through
+// binfmt_misc (the arm64 build's tests) shows qemu as its executable and, in its command line,
+// the program after qemu's own name.
+inline QString programOf(const QString& pid)
+{
+    const QString exe = QFile::symLinkTarget("/proc/" + pid + "/exe");
+    if (!QFileInfo(exe).fileName().startsWith("qemu-") && !exe.contains("/qemu-binfmt/"))
+        return exe;
+    const QList<QByteArray> arguments = readFile("/proc/" + pid + "/cmdline").split('\0');
+    return arguments.size() > 1 ? QFileInfo(QString::fromLocal8Bit(arguments[1])).canonicalFilePath()
+                                : exe;
+}
+
 inline QList<qint64> processesOf(const QString& executable)
 {
     QList<qint64> pids;
+    const QString program = QFileInfo(executable).canonicalFilePath();
+    if (program.isEmpty())
+        return pids;
     for (const QString& pid : QDir("/proc").entryList(QDir::Dirs)) {
-        if (QFile::symLinkTarget("/proc/" + pid + "/exe")
-            == QFileInfo(executable).canonicalFilePath())
+        if (pid.toLongLong() > 0 && programOf(pid) == program)
             pids << pid.toLongLong();
     }
     return pids;
@@ -72,7 +94,7 @@ inline bool killProcessesOf(const QString& executable)
 {
     bool allGone = true;
     for (const qint64 pid : processesOf(executable)) {
-        ::kill(pid_t(pid), SIGKILL);
+        signalProcess(pid, SIGKILL);
         allGone = waitUntilGone(pid) && allGone;
     }
     return allGone;

@@ -56,7 +56,7 @@ class tst_SafeStart : public QObject
         QTest::qWaitFor([&] {
             return readFile(state + '/' + own).contains("phase=initializing\nplugin=Crasher\n");
         }, 30000);
-        ::kill(pid_t(pid), SIGKILL);
+        signalProcess(pid, SIGKILL);
         process.waitForFinished();
         return {process.exitStatus() == QProcess::CrashExit ? -2 : process.exitCode(),
                 process.readAllStandardOutput(), process.readAllStandardError()};

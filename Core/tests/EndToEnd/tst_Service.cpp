@@ -213,8 +213,9 @@ private slots:
             QTRY_VERIFY_WITH_TIMEOUT(log().contains("heartbeat: command 7 received"), 30000);
             QVERIFY(log().contains("heartbeat paused") && log().contains("heartbeat resumed"));
         }
+        QVERIFY(daemons.value(0) > 0);
         QVERIFY(signal == 0 ? control({"-t"}).exitCode == 0
-                            : ::kill(pid_t(daemons[0]), signal) == 0);
+                            : signalProcess(daemons[0], signal) == 0);
         QVERIFY2(waitUntilGone(daemons[0], 30000), "the stopped daemon is still running");
         QCOMPARE(log().count(deinitialized), 1);
         QVERIFY(control({"-v"}).out.endsWith("is not installedand not running\n\n"));
@@ -295,7 +296,7 @@ private slots:
         if (step.startsWith("reload")) {
             writeFile(properties, readFile(properties).replace("Pattern=", "Pattern=reloaded: "));
             const QString before = log();
-            QCOMPARE(::kill(pid_t(service.processId()), SIGHUP), 0);
+            QCOMPARE(signalProcess(service.processId(), SIGHUP), 0);
             QTRY_VERIFY_WITH_TIMEOUT(
                 log().contains(QRegularExpression("\nreloaded: .*heartbeat \\d+\n")), 30000);
             QVERIFY2(log().startsWith(before), qPrintable(log().left(2000)));

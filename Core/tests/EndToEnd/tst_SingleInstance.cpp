@@ -218,7 +218,7 @@ private slots:
     {
         QProcess* first = start({"-C", "single.xml"});
         QVERIFY(runsFirst(first, 1));
-        QCOMPARE(::kill(pid_t(first->processId()), SIGSTOP), 0);
+        QCOMPARE(signalProcess(first->processId(), SIGSTOP), 0);
         QProcess* second = start({"-C", "single.xml"});
         QByteArray said; // it reads its configuration just before it looks for the first instance
         QTRY_VERIFY_WITH_TIMEOUT(

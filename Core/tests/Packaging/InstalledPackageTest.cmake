@@ -27,8 +27,12 @@ string(REPLACE ";" " " cxx_flags "${CXX_FLAGS}")
 function(build_and_run_consumer package other_flags)
     string(REPLACE ";" " " flags "${other_flags}")
     set(build ${consumer_build}-${package})
+    set(toolchain "")
+    if(TOOLCHAIN_FILE)
+        set(toolchain -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN_FILE})
+    endif()
     run("configure consumer of ${package}" ${CMAKE_COMMAND} -S ${CONSUMER_SOURCE_DIR} -B ${build}
-        -G ${GENERATOR} -DCMAKE_PREFIX_PATH=${prefix} -DCORVANE_PACKAGE=${package}
+        -G ${GENERATOR} ${toolchain} -DCMAKE_PREFIX_PATH=${prefix} -DCORVANE_PACKAGE=${package}
         "-DCMAKE_CXX_FLAGS=${flags}" "-DCMAKE_EXE_LINKER_FLAGS=${flags}")
     run("build consumer of ${package}" ${CMAKE_COMMAND} --build ${build})
     run("run consumer of ${package}" ${build}/consumer)
