@@ -23,7 +23,7 @@ namespace business {
  * hands each plug-in its configuration element, orders the plug-ins by the services they
  * provide and require, initializes those of the task "Base", and on request further tasks;
  * asks them before the application closes; deinitializes (in reverse start order) and unloads
- * them at the end.
+ * them at the end. Of two libraries whose plug-ins have one name, the later one is used.
  *
  * The configuration names libraries "stem.dll" on every platform; on Linux the manager loads
  * "libstem.so" (or "stem.so") from the application's folder.
@@ -129,12 +129,15 @@ private:
     void initPlugin(QPluginLoader* aPluginLoader);
     void deinitPlugin(QPluginLoader* aPluginLoader);
     void configure(QPluginLoader* loader, interfaces::IPlugin* plugin);
+    void setAside(const QString& name, const QString& aPluginFileName);
+    void releaseSetAside(const QString& name);
     void logStartUpTimes() const;
     /// Throws the manager's exception; the caller has logged the failure.
     [[noreturn]] void fail(const char* method, const QString& reason);
 
     QList<entities::PluginConfiguration> pluginConfigurations;
     QList<LoadedPlugin> plugins; // load order, after ordering start order
+    QList<LoadedPlugin> setAsideLoaders; // gave their plug-in's name up to a later library
     QHash<QString, QString> loadedFiles; // file name as given -> plug-in name
     QHash<QString, QStringList> tasks;
     QStringList initializedPlugins;

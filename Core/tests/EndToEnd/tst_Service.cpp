@@ -138,6 +138,26 @@ private slots:
         QVERIFY(processesOf(exe).isEmpty());
     }
 
+    // Run in the foreground, a service whose plug-ins cannot start says so and ends with 1.
+    void execFailures_data()
+    {
+        QTest::addColumn<QString>("pluginList");
+        QTest::addColumn<QString>("err"); // the reason, on standard error
+        QTest::newRow("missing library") << missing << "Failed to load plugin (Missing)";
+        QTest::newRow("plug-in refuses to start")
+            << blocker.arg("<failInitialize>true</failInitialize>") << "refuses to start";
+    }
+    void execFailures()
+    {
+        QFETCH(QString, pluginList);
+        QFETCH(QString, err);
+        configure(name, pluginList);
+        const Run result = control({"-e"});
+        QCOMPARE(result.outcome(), "1 The service could not be executed.");
+        QVERIFY2(result.err.contains(err), qPrintable(result.err));
+        QVERIFY(processesOf(exe).isEmpty());
+    }
+
     void installedUnit_data()
     {
         QTest::addColumn<QStringList>("options"); // before the switch
@@ -299,6 +319,7 @@ private slots:
             QTRY_VERIFY_WITH_TIMEOUT(
                 log().contains(QRegularExpression("\nreloaded: .*heartbeat \\d+\n")), 30000);
             QVERIFY2(log().startsWith(before), qPrintable(log().left(2000)));
+            QVERIFY2(!log().contains(".Append = "), "a property that the file does not have");
             QTRY_COMPARE(socket.sent(),
                          status + QByteArray("|RELOADING=1|READY=1").repeated(notify));
         }
@@ -324,6 +345,7 @@ private slots:
         service.terminate();
         QVERIFY(service.waitForFinished(60000));
         QCOMPARE(service.exitStatus() + service.exitCode(), 0);
+        QCOMPARE(service.readAllStandardOutput(), QByteArray()); // no failure to tell
         QCOMPARE(socket.sent(), before + QByteArray("|STOPPING=1").repeated(notify));
         QCOMPARE(log().count(deinitialized), 1);
     }
