@@ -79,7 +79,8 @@ private slots:
     {
         QVERIFY(
             copyInto(folder.path(), DEMO_FOLDER,
-                     {"corvane-demo-service", "libInventory.so", "libHeartbeat.so", "inventory.csv",
+                     {"corvane-demo-service", "corvane-demo-service.properties", "libInventory.so",
+                      "libHeartbeat.so", "inventory.csv",
                       QCoreApplication::applicationDirPath() + "/libBlocker.so"}));
         environment.insert("CORVANE_SYSTEMD_UNIT_DIR", folder.filePath("units"));
         for (const char* variable : {"QT_MESSAGE_PATTERN", "NOTIFY_SOCKET", "WATCHDOG_USEC"})
@@ -142,19 +143,18 @@ private slots:
     void execFailures_data()
     {
         QTest::addColumn<QString>("pluginList");
-        QTest::addColumn<QString>("err"); // the reason, on standard error
-        QTest::newRow("missing library") << missing << "Failed to load plugin (Missing)";
+        QTest::addColumn<QString>("reason"); // in the log
+        QTest::newRow("missing library") << missing << "Failed to load plugin (Missing.dll)";
         QTest::newRow("plug-in refuses to start")
             << blocker.arg("<failInitialize>true</failInitialize>") << "refuses to start";
     }
     void execFailures()
     {
         QFETCH(QString, pluginList);
-        QFETCH(QString, err);
+        QFETCH(QString, reason);
         configure(name, pluginList);
-        const Run result = control({"-e"});
-        QCOMPARE(result.outcome(), "1 The service could not be executed.");
-        QVERIFY2(result.err.contains(err), qPrintable(result.err));
+        QCOMPARE(control({"-e"}).outcome(), "1 The service could not be executed.");
+        QVERIFY2(log().contains(reason), qPrintable(log().right(1200)));
         QVERIFY(processesOf(exe).isEmpty());
     }
 
