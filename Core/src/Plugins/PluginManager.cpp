@@ -248,8 +248,8 @@ void PluginManager::loadPlugin(const QString& aPluginFileName)
 
 // Another library reports a name that is loaded: the plug-in loaded under it gives the name up.
 // It is stopped if it runs (so that none of its services stays registered) and is not started
-// again; its library stays loaded until all plug-ins are unloaded, since the new library may be
-// the same file under another spelling and share its instance.
+// again; its library stays loaded until the name is unloaded, since the new library may be the
+// same file under another spelling and share its instance.
 void PluginManager::setAside(const QString& name, const QString& aPluginFileName)
 {
     QStringList earlierFiles = loadedFiles.keys(name);
