@@ -240,18 +240,29 @@ LoggingManager::~LoggingManager()
 
 void LoggingManager::initialize()
 {
+    initialize(false);
+}
+
+void LoggingManager::reload()
+{
+    initialize(true);
+}
+
+// The properties logged are those of the file (with absolute paths), also when the logs are kept.
+void LoggingManager::initialize(bool keepLogs)
+{
     const QFileInfo executable(QCoreApplication::applicationFilePath());
     propertiesFile = executable.absolutePath() + QLatin1Char('/') + executable.baseName()
         + QStringLiteral(".properties");
 
     log4cplus::helpers::Properties properties(propertiesFile.toStdString(), 0);
     makeFilePathsInPropertiesAbsolute(properties);
-    if (configured) {
-        keepWrittenLogs(properties);
+    log4cplus::helpers::Properties applied = properties;
+    if (keepLogs) {
+        keepWrittenLogs(applied);
     }
-    configured = true;
-    log4cplus::PropertyConfigurator configurator(properties,
-                                                 log4cplus::Logger::getDefaultHierarchy(), 0);
+    log4cplus::PropertyConfigurator configurator(applied, log4cplus::Logger::getDefaultHierarchy(),
+                                                 0);
     configurator.configure();
     const bool rootLevelRepaired = repairRootLogLevel();
 
@@ -477,7 +488,7 @@ void LoggingManager::makeFilePathsInPropertiesAbsolute(
 }
 
 // Configuring again opens every file appender anew; one that truncates would cut the log it
-// is writing, so all of them append from the second time on.
+// is writing, so all of them append.
 void LoggingManager::keepWrittenLogs(log4cplus::helpers::Properties& properties)
 {
     static const QRegularExpression fileProperty(QStringLiteral("^(.*)\\.File$"));

@@ -35,7 +35,11 @@ public:
 
     ~LoggingManager() override;
 
+    /// Configures log4cplus from the properties file as it stands; again on every call.
     void initialize() override;
+    /// initialize() for a running process: every file appender appends, whatever the file
+    /// says, so that the log being written is never cut.
+    void reload();
     void deinitialize() override;
     void getName(QString& name) override;
     void getVersion(QString& version) override;
@@ -81,6 +85,7 @@ private:
     /// The directory of a ${NAME} file path after expansion; empty when a variable is unset.
     QString replaceEnvironmentVariablesByContent(const QString& path) const;
     void makeFilePathsInPropertiesAbsolute(log4cplus::helpers::Properties& properties) const;
+    void initialize(bool keepLogs);
     static void keepWrittenLogs(log4cplus::helpers::Properties& properties);
 
     bool ownLevelAllows(const QString& source, Loglevel level);
@@ -95,7 +100,6 @@ private:
     QString propertiesFile;
     QHash<Loglevel, int> levelMap;
     std::array<int, 6> levelValues {}; // levelMap by level, for the paths of every entry
-    bool configured = false; // initialize() has configured log4cplus before
 };
 
 } // namespace business

@@ -108,6 +108,9 @@ PluginManager::~PluginManager()
     for (const LoadedPlugin& plugin : qAsConst(plugins)) {
         delete plugin.second;
     }
+    for (const LoadedPlugin& plugin : qAsConst(setAsideLoaders)) {
+        delete plugin.second;
+    }
 }
 
 void PluginManager::initialize()
@@ -270,13 +273,12 @@ void PluginManager::loadPlugin(const QString& aPluginFileName)
         return;
     }
     if (isLoaded(name)) {
-        // The same library under another spelling shares its instance with the first load;
-        // unloading only gives this loader's reference back.
-        loader->unload();
-        qCritical().nospace() << "loadPlugin: Plugin name already loaded: " << name << " ("
-                              << aPluginFileName << ")";
-        fail("loadPlugin",
-             QStringLiteral("Plugin name already loaded: %1 (%2)").arg(name, aPluginFileName));
+        try {
+            setAside(name, aPluginFileName);
+        } catch (const exceptions::BaseException&) {
+            loader->unload();
+            throw;
+        }
     }
     QString version;
     plugin->getVersion(version);
@@ -292,6 +294,47 @@ void PluginManager::loadPlugin(const QString& aPluginFileName)
     loadedFiles.insert(aPluginFileName, name);
     loadTimes.insert(name, timer.elapsed());
     emit signalPluginLoaded(name);
+}
+
+// Another library reports a name that is loaded: the plug-in loaded under it gives the name up.
+// It is stopped if it runs (so that none of its services stays registered) and is not started
+// again; its library stays loaded until the name is unloaded, since the new library may be the
+// same file under another spelling and share its instance.
+void PluginManager::setAside(const QString& name, const QString& aPluginFileName)
+{
+    QStringList earlierFiles = loadedFiles.keys(name);
+    earlierFiles.sort();
+    qWarning().nospace() << "loadPlugin: Plugin name already loaded: " << name << " from "
+                         << earlierFiles.join(QStringLiteral(", ")) << "; " << aPluginFileName
+                         << " replaces it";
+    QPluginLoader* earlier = loaderOf(name);
+    if (isInitialized(name)) {
+        deinitPlugin(earlier);
+    }
+    for (auto task = tasks.begin(); task != tasks.end();) {
+        task->removeAll(name);
+        task = task->isEmpty() ? tasks.erase(task) : std::next(task);
+    }
+    initializeTimes.remove(name);
+    plugins.erase(std::remove_if(plugins.begin(), plugins.end(),
+                                 [&](const LoadedPlugin& p) { return p.first == name; }),
+                  plugins.end());
+    setAsideLoaders.append({name, earlier});
+}
+
+// Unloads the set-aside loaders of the name (of every name for a null one).
+void PluginManager::releaseSetAside(const QString& name)
+{
+    for (auto loaded = setAsideLoaders.begin(); loaded != setAsideLoaders.end();) {
+        if (!name.isNull() && loaded->first != name) {
+            ++loaded;
+            continue;
+        }
+        loaded->second->unload();
+        logging::forgetMessagePlaces();
+        delete loaded->second;
+        loaded = setAsideLoaders.erase(loaded);
+    }
 }
 
 // The first configuration whose library the loaded file is, compared in the configured form.
@@ -570,7 +613,10 @@ void PluginManager::unloadPlugin(const QString& pluginName)
         qCritical() << "unloadPlugin: Plugin not loaded:" << pluginName;
         fail("unloadPlugin", QStringLiteral("Plugin not loaded: ") + pluginName);
     }
-    const bool unloaded = loader->unload();
+    releaseSetAside(pluginName);
+    // A loader of a library that an earlier loader had loaded holds no reference of its own:
+    // the library is gone with the earlier one, and its unload() says false.
+    const bool unloaded = loader->unload() || !loader->isLoaded();
     logging::forgetMessagePlaces(); // its texts are gone, others may take their addresses
     if (!unloaded) {
         qCritical() << "unloadPlugin: Plugin unload failed:" << pluginName;
@@ -617,6 +663,7 @@ void PluginManager::unloadPlugins()
             failures.append({loaded->first, QString::fromUtf8(e.what())});
         }
     }
+    releaseSetAside(QString());
     plugins.clear();
     loadedFiles.clear();
     tasks.clear();

@@ -28,7 +28,7 @@ namespace business {
  * hands each plug-in its configuration element, orders the plug-ins by the services they
  * provide and require, initializes those of the task "Base", and on request further tasks;
  * asks them before the application closes; deinitializes (in reverse start order) and unloads
- * them at the end.
+ * them at the end. Of two libraries whose plug-ins have one name, the later one is used.
  *
  * The configuration names libraries "stem.dll" on every platform; on Linux the manager loads
  * "libstem.so" (or "stem.so") from the application's folder.
@@ -145,6 +145,8 @@ private:
     void initPlugin(QPluginLoader* aPluginLoader);
     void deinitPlugin(QPluginLoader* aPluginLoader);
     void configure(QPluginLoader* loader, interfaces::IPlugin* plugin);
+    void setAside(const QString& name, const QString& aPluginFileName);
+    void releaseSetAside(const QString& name);
     void logStartUpTimes() const;
     void beginStartRecord();
     void endStartRecord();
@@ -157,6 +159,7 @@ private:
 
     QList<entities::PluginConfiguration> pluginConfigurations;
     QList<LoadedPlugin> plugins; // load order, after ordering start order
+    QList<LoadedPlugin> setAsideLoaders; // gave their plug-in's name up to a later library
     QHash<QString, QString> loadedFiles; // file name as given -> plug-in name
     QHash<QString, QStringList> tasks;
     QStringList initializedPlugins;

@@ -84,7 +84,7 @@ void CoreApplication::handleSignal()
     if (number == SIGHUP) {
         qInfo("handleSignal: SIGHUP, reading the logging properties again");
         Service::notify(QStringLiteral("RELOADING=1"));
-        LoggingManager::instance()->initialize();
+        LoggingManager::instance()->reload();
         Service::notify(QStringLiteral("READY=1"));
         return;
     }

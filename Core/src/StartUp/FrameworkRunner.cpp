@@ -262,14 +262,17 @@ int FrameworkRunner::runServiceApplication(int argc, char** argv)
         ApplicationQuitHandler::takeDownManagers(&service);
     } catch (const exceptions::BaseException& e) {
         LoggingManager::instance()->logException(QStringLiteral("main"), e);
-        if (controller.inForeground()) {
-            std::fputs("The service could not be executed.", stdout);
-        }
     } catch (const std::exception& e) {
         qCritical().noquote() << QStringLiteral("Catched exception: ")
                 + QString::fromUtf8(e.what());
     } catch (...) {
         qCritical("Catched unkown exception.");
+    }
+    // Whatever ended the run (an exception, plug-ins that did not start), the one running it in
+    // the foreground is told.
+    if (result != 0 && controller.inForeground()) {
+        std::fputs("The service could not be executed.", stdout);
+        std::fflush(stdout);
     }
     return result;
 }

@@ -79,7 +79,8 @@ private slots:
     {
         QVERIFY(
             copyInto(folder.path(), DEMO_FOLDER,
-                     {"corvane-demo-service", "libInventory.so", "libHeartbeat.so", "inventory.csv",
+                     {"corvane-demo-service", "corvane-demo-service.properties", "libInventory.so",
+                      "libHeartbeat.so", "inventory.csv",
                       QCoreApplication::applicationDirPath() + "/libBlocker.so"}));
         environment.insert("CORVANE_SYSTEMD_UNIT_DIR", folder.filePath("units"));
         for (const char* variable : {"QT_MESSAGE_PATTERN", "NOTIFY_SOCKET", "WATCHDOG_USEC"})
@@ -135,6 +136,25 @@ private slots:
         const Run result = control(arguments);
         QCOMPARE(result.outcome(), outcome);
         QVERIFY2(result.err.contains(err), qPrintable(result.err));
+        QVERIFY(processesOf(exe).isEmpty());
+    }
+
+    // Run in the foreground, a service whose plug-ins cannot start says so and ends with 1.
+    void execFailures_data()
+    {
+        QTest::addColumn<QString>("pluginList");
+        QTest::addColumn<QString>("reason"); // in the log
+        QTest::newRow("missing library") << missing << "Failed to load plugin (Missing.dll)";
+        QTest::newRow("plug-in refuses to start")
+            << blocker.arg("<failInitialize>true</failInitialize>") << "refuses to start";
+    }
+    void execFailures()
+    {
+        QFETCH(QString, pluginList);
+        QFETCH(QString, reason);
+        configure(name, pluginList);
+        QCOMPARE(control({"-e"}).outcome(), "1 The service could not be executed.");
+        QVERIFY2(log().contains(reason), qPrintable(log().right(1200)));
         QVERIFY(processesOf(exe).isEmpty());
     }
 
@@ -300,6 +320,7 @@ private slots:
             QTRY_VERIFY_WITH_TIMEOUT(
                 log().contains(QRegularExpression("\nreloaded: .*heartbeat \\d+\n")), 30000);
             QVERIFY2(log().startsWith(before), qPrintable(log().left(2000)));
+            QVERIFY2(!log().contains(".Append = "), "a property that the file does not have");
             QTRY_COMPARE(socket.sent(),
                          status + QByteArray("|RELOADING=1|READY=1").repeated(notify));
         }
@@ -325,6 +346,7 @@ private slots:
         service.terminate();
         QVERIFY(service.waitForFinished(60000));
         QCOMPARE(service.exitStatus() + service.exitCode(), 0);
+        QCOMPARE(service.readAllStandardOutput(), QByteArray()); // no failure to tell
         QCOMPARE(socket.sent(), before + QByteArray("|STOPPING=1").repeated(notify));
         QCOMPARE(log().count(deinitialized), 1);
     }

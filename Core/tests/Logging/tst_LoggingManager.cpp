@@ -150,6 +150,49 @@ private slots:
                 .arg(line + 1));
     }
 
+    // Every initialize() applies the properties file as it stands, so a file appender cuts its
+    // log unless the file says Append=true; the service's reload() keeps the log whatever the
+    // file says. The properties logged are the file's.
+    void repeatedRuns_data()
+    {
+        QTest::addColumn<QByteArray>("more"); // beside appender A
+        QTest::addColumn<QString>("second"); // how the manager is run again
+        QTest::addColumn<QStringList>("lines"); // of the log
+        QTest::addColumn<QStringList>("logged"); // the second run's lines naming Append
+        const QStringList both {"run|INFO|first", "run|INFO|second"};
+        QTest::newRow("initialize, as the file says") << QByteArray() << "initialize"
+                                                      << QStringList {"run|INFO|second"}
+                                                      << QStringList();
+        QTest::newRow("initialize, the file appends")
+            << QByteArray("log4cplus.appender.A.Append=true\n") << "initialize" << both
+            << QStringList {"--> log4cplus.appender.A.Append = true"};
+        QTest::newRow("reload") << QByteArray() << "reload" << both << QStringList();
+        QTest::newRow("reload, the file says not to append")
+            << QByteArray("log4cplus.appender.A.Append=false\n") << "reload" << both
+            << QStringList {"--> log4cplus.appender.A.Append = false"};
+    }
+    void repeatedRuns()
+    {
+        QFETCH(QByteArray, more);
+        QFETCH(QString, second);
+        QFETCH(QStringList, lines);
+        QFETCH(QStringList, logged);
+        writeFile(folder() + "tst_LoggingManager.properties",
+                  fileAppender("A", "logs/runs.log") + more + "log4cplus.rootLogger=INFO, A\n");
+        qInstallMessageHandler(
+            [](QtMsgType, const QMessageLogContext&, const QString& text) { messages << text; });
+        manager->initialize();
+        manager->logInfo("run", "first");
+        messages.clear();
+        if (second == "reload")
+            manager->reload();
+        else
+            manager->initialize();
+        manager->logInfo("run", "second");
+        QCOMPARE(readLines("logs/runs.log"), lines);
+        QCOMPARE(messages.filter(".Append = "), logged);
+    }
+
     void concurrentWritersLoseNothing()
     {
         writeFile(folder() + "tst_LoggingManager.properties",

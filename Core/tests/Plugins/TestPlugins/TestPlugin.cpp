@@ -20,6 +20,11 @@
 #include <csignal>
 #include <cstdlib>
 
+// Its lines name the library, which for a renamed copy is not the plug-in's name.
+#ifndef TEST_LIBRARY
+#define TEST_LIBRARY TEST_PLUGIN_NAME
+#endif
+
 namespace {
 
 using corvane::base::core::utility::XMLHelper;
@@ -58,12 +63,12 @@ public:
         XMLHelper::readStringFromXML(configuration, "crashInitialize", &crash);
         QString file;
         if (XMLHelper::readStringFromXML(configuration, "holdUntil", &file)) {
-            qInfo("test: %s holding", TEST_PLUGIN_NAME);
+            qInfo("test: %s holding", TEST_LIBRARY);
             for (QDeadlineTimer deadline(60000); !QFile::exists(file) && !deadline.hasExpired();) {
                 QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
                 QThread::msleep(20);
             }
-            qInfo("test: %s released", TEST_PLUGIN_NAME);
+            qInfo("test: %s released", TEST_LIBRARY);
         }
     }
 
@@ -77,23 +82,23 @@ public:
         auto* service = corvane::base::business::Service::instance();
         if (blockOnCommandMs > 0 && service) {
             connect(service, &corvane::base::business::Service::command, this, [this](int number) {
-                qInfo("test: %s blocking on command %d", TEST_PLUGIN_NAME, number);
+                qInfo("test: %s blocking on command %d", TEST_LIBRARY, number);
                 QThread::msleep(static_cast<unsigned long>(blockOnCommandMs));
-                qInfo("test: %s unblocked", TEST_PLUGIN_NAME);
+                qInfo("test: %s unblocked", TEST_LIBRARY);
             });
         }
-        qInfo("test: %s initialized", TEST_PLUGIN_NAME);
+        qInfo("test: %s initialized", TEST_LIBRARY);
     }
 
     void deinitialize() override
     {
         AbstractPlugin::deinitialize();
-        qInfo("test: %s deinitialized", TEST_PLUGIN_NAME);
+        qInfo("test: %s deinitialized", TEST_LIBRARY);
     }
 
     bool checkCanClose() override
     {
-        qInfo("test: %s asked", TEST_PLUGIN_NAME);
+        qInfo("test: %s asked", TEST_LIBRARY);
         return canClose;
     }
 
