@@ -1,6 +1,8 @@
 // corvane-plugins: explains in which order an application's plug-ins start, and why some do
-// not, and draws their service graph. It reads the configuration and loads the plug-ins with
+// not, draws their service graph, and checks the configuration file. It reads the configuration and loads the plug-ins with
 // the library's own code, as a start does, but initializes none of them.
+
+#include "ConfigurationCheck.h"
 
 #include <Configuration/ConfigurationManager.h>
 #include <Exceptions/Exceptions.h>
@@ -35,16 +37,20 @@ using business::PluginOrder;
 enum ExitCode { AllOrdered = 0, NotAllOrdered = 1, UsageError = 2, ConfigError = 3, SvgError = 4 };
 
 const char* const description
-    = "Explains the start order of an application's plug-ins and draws their service graph.\n"
+    = "Explains the start order of an application's plug-ins, draws their service graph and\n"
+      "checks the application's configuration file.\n"
       "The plug-ins are loaded and ordered as the application's start does it, but none is\n"
       "initialized. <configuration> is the application's configuration file, or its folder\n"
       "when that holds one application (an executable with <its name>.xml beside it).\n\n"
       "Commands:\n"
       "  order   print the start order, the pass that ordered each plug-in, what each provides\n"
       "          and requires, and why the plug-ins left over cannot start\n"
-      "  graph   write the service graph as Graphviz DOT (or, with --svg, render it)\n\n"
-      "Exit codes: 0 all plug-ins can be ordered, 1 some cannot (or cannot be loaded),\n"
-      "2 wrong usage, 3 the configuration cannot be read, 4 the SVG file was not written.";
+      "  graph   write the service graph as Graphviz DOT (or, with --svg, render it)\n"
+      "  check   report, as file:line:column, what the application would refuse, ignore or\n"
+      "          misread in the configuration file; loads no plug-in\n\n"
+      "Exit codes: 0 all plug-ins can be ordered (check: no problem), 1 some cannot (or cannot\n"
+      "be loaded; check: problems), 2 wrong usage, 3 the configuration cannot be read, 4 the\n"
+      "SVG file was not written.";
 
 QTextStream& out()
 {
@@ -284,6 +290,30 @@ QString configurationOf(const QString& path, QString& problem, int& code)
     return QString();
 }
 
+// Reports the configuration's problems; plug-in libraries must be in folder (default: the
+// configuration's own).
+int check(const QString& path, const QString& given, const QString& folder)
+{
+    ConfigurationCheck check(path, given,
+                             QDir::cleanPath(QFileInfo(folder.isEmpty() ? path : folder + "/")
+                                                 .absolutePath()));
+    if (!check.run()) {
+        QTextStream(stderr) << "Error: " << check.openError() << '\n';
+        return ConfigError;
+    }
+    const QStringList problems = check.problems();
+    for (const QString& problem : problems) {
+        out() << problem << '\n';
+    }
+    if (problems.isEmpty()) {
+        out() << given << ": no problems found.\n";
+    } else {
+        out() << given << ": " << counted(problems.size(), "problem", "problems") << " found.\n";
+    }
+    out().flush();
+    return problems.isEmpty() ? AllOrdered : NotAllOrdered;
+}
+
 // The library's and the plug-ins' log lines go to standard error when asked for, else nowhere.
 void setUpLogging(bool verbose)
 {
@@ -310,7 +340,8 @@ int main(int argc, char** argv)
     QCommandLineParser parser;
     parser.setApplicationDescription(QString::fromLatin1(description));
     parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("order or graph"));
+    parser.addPositionalArgument(QStringLiteral("command"),
+                                 QStringLiteral("order, graph or check"));
     parser.addPositionalArgument(QStringLiteral("configuration"),
                                  QStringLiteral("the configuration file, or the application's "
                                                 "folder"));
@@ -334,8 +365,10 @@ int main(int argc, char** argv)
     } else if (parser.isSet(QStringLiteral("help"))) {
         parser.showHelp(0);
     } else if (parser.positionalArguments().size() != 2
-               || !QStringList {"order", "graph"}.contains(parser.positionalArguments().at(0))) {
-        usageProblem = QStringLiteral("expected a command (order or graph) and a configuration");
+               || !QStringList {"order", "graph", "check"}.contains(
+                   parser.positionalArguments().at(0))) {
+        usageProblem
+            = QStringLiteral("expected a command (order, graph or check) and a configuration");
     } else if (parser.isSet(svgOption) && parser.positionalArguments().at(0) != "graph") {
         usageProblem = QStringLiteral("--svg belongs to the graph command");
     }
@@ -358,8 +391,11 @@ int main(int argc, char** argv)
     }
     setUpLogging(parser.isSet(verboseOption));
 
-    // The runner's own reading, and its words when the file cannot be read.
     const QString path = QFileInfo(configuration).absoluteFilePath();
+    if (command == QLatin1String("check")) {
+        return check(path, given, parser.isSet(folderOption) ? parser.value(folderOption) : "");
+    }
+    // The runner's own reading, and its words when the file cannot be read.
     QDomElement root;
     const QString error = business::ConfigurationManager::getRootElement(path, root);
     if (!error.isEmpty()) {
