@@ -1,5 +1,8 @@
-# Installs the build in BUILD_DIR into a fresh prefix below WORK_DIR, then configures, builds
-# and runs the consumer project in CONSUMER_SOURCE_DIR against it with find_package.
+# Installs the build in BUILD_DIR into a fresh prefix below WORK_DIR (or, with DEB_DIR, unpacks
+# the Debian packages found there into a fresh root with dpkg-deb -x, installing nothing on the
+# machine), then configures, builds and runs the consumer project in CONSUMER_SOURCE_DIR against
+# it with find_package(PACKAGE): its own code, and an application laid out by the package's CMake
+# helpers, run from the build tree and from its install folder.
 
 function(run step)
     execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output
@@ -10,23 +13,81 @@ function(run step)
     message(STATUS "${step}: ok")
 endfunction()
 
-set(prefix ${WORK_DIR}/prefix)
+# Runs a program from another working folder; its standard output must be expected exactly.
+function(expect_output step expected)
+    execute_process(COMMAND ${ARGN} WORKING_DIRECTORY ${WORK_DIR}
+                    RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors)
+    if(NOT result EQUAL 0 OR NOT output STREQUAL expected)
+        message(FATAL_ERROR "${step} failed (${result}):\n${output}\n${errors}\n"
+                            "expected:\n${expected}")
+    endif()
+    message(STATUS "${step}: ok")
+endfunction()
+
+if(NOT PACKAGE)
+    set(PACKAGE CorvaneCore)
+endif()
 set(consumer_build ${WORK_DIR}/consumer)
 file(REMOVE_RECURSE ${WORK_DIR})
 
-run("install" ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+if(DEB_DIR)
+    set(root ${WORK_DIR}/root)
+    set(prefix ${root}/usr)
+    file(GLOB packages ${DEB_DIR}/*.deb)
+    if(NOT packages)
+        message(FATAL_ERROR "no packages in ${DEB_DIR}")
+    endif()
+    foreach(package IN LISTS packages)
+        run("unpack ${package}" dpkg-deb -x ${package} ${root})
+    endforeach()
+else()
+    set(prefix ${WORK_DIR}/prefix)
+    run("install" ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+endif()
+
 string(REPLACE ";" " " cxx_flags "${CXX_FLAGS}")
 run("configure consumer" ${CMAKE_COMMAND} -S ${CONSUMER_SOURCE_DIR} -B ${consumer_build}
-    -G ${GENERATOR} -DCMAKE_PREFIX_PATH=${prefix} "-DCMAKE_CXX_FLAGS=${cxx_flags}"
-    "-DCMAKE_EXE_LINKER_FLAGS=${cxx_flags}")
+    -G ${GENERATOR} -DCMAKE_PREFIX_PATH=${prefix} -DCORVANE_PACKAGE=${PACKAGE}
+    "-DCMAKE_CXX_FLAGS=${cxx_flags}" "-DCMAKE_EXE_LINKER_FLAGS=${cxx_flags}"
+    "-DCMAKE_MODULE_LINKER_FLAGS=${cxx_flags}")
 run("build consumer" ${CMAKE_COMMAND} --build ${consumer_build})
 run("run consumer" ${consumer_build}/consumer)
 
-# The installed signing tool finds the installed library on its own.
+set(greeting "Hello consumer, translations found\n")
+expect_output("application in the build tree" "${greeting}" ${consumer_build}/greeter/greeter)
+run("install application" ${CMAKE_COMMAND} --install ${consumer_build}
+    --prefix ${WORK_DIR}/applications)
+file(REMOVE_RECURSE ${consumer_build})
+expect_output("installed application" "${greeting}" ${WORK_DIR}/applications/greeter/greeter)
+
+# The installed tools find the installed library on their own.
+file(GLOB sign ${prefix}/bin/corvane-sign*)
 file(WRITE ${WORK_DIR}/signed.txt "hello\nworld\n")
-execute_process(COMMAND ${prefix}/bin/corvane-sign hash ${WORK_DIR}/signed.txt
+execute_process(COMMAND ${sign} hash ${WORK_DIR}/signed.txt
                 RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
 if(NOT result EQUAL 0 OR NOT output MATCHES "^[0-9a-f]+\n$")
     message(FATAL_ERROR "installed corvane-sign failed (${result}):\n${output}")
 endif()
 message(STATUS "installed corvane-sign: ok")
+file(GLOB plugins ${prefix}/bin/corvane-plugins*)
+file(GLOB_RECURSE schema ${prefix}/share/corvane-configuration.xsd)
+file(WRITE ${WORK_DIR}/app.xml "<config><information><applicationtype>GUI</applicationtype>"
+    "</information><plugins><plugin><library>Absent</library></plugin></plugins></config>\n")
+execute_process(COMMAND ${plugins} check app.xml WORKING_DIRECTORY ${WORK_DIR}
+                RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+if(NOT result EQUAL 1 OR NOT output MATCHES "^app.xml:1:91: plug-in library 'Absent' is not"
+   OR NOT schema)
+    message(FATAL_ERROR "installed corvane-plugins check failed (${result}):\n${output}\n"
+                        "schema: ${schema}")
+endif()
+message(STATUS "installed corvane-plugins and schema: ok")
+
+# The demo, when the tree built it, runs from its install folder.
+if(EXISTS ${prefix}/corvane-demo/corvane-demo)
+    execute_process(COMMAND ${prefix}/corvane-demo/corvane-demo WORKING_DIRECTORY ${WORK_DIR}
+                    RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors)
+    if(NOT result EQUAL 0 OR NOT output MATCHES "^Inventory report")
+        message(FATAL_ERROR "installed demo failed (${result}):\n${output}\n${errors}")
+    endif()
+    message(STATUS "installed demo: ok")
+endif()
