@@ -8,7 +8,7 @@ namespace base {
 namespace core {
 namespace utility {
 
-/// The values of CompareOperationEnum, apart from the wrapper so that they can be named as CompareOperationEnum::X.
+/// The values of CompareOperationEnum, which names them as CompareOperationEnum::X.
 struct CompareOperationValues
 {
     /// The comparisons, named by their operators.

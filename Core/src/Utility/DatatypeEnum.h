@@ -8,7 +8,7 @@ namespace base {
 namespace core {
 namespace utility {
 
-/// The values of DatatypeEnum, apart from the wrapper so that they can be named as DatatypeEnum::X.
+/// The values of DatatypeEnum, which names them as DatatypeEnum::X.
 struct DatatypeValues
 {
     /// The data types of a field.

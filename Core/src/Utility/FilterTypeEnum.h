@@ -8,7 +8,7 @@ namespace base {
 namespace core {
 namespace utility {
 
-/// The values of FilterTypeEnum, apart from the wrapper so that they can be named as FilterTypeEnum::X.
+/// The values of FilterTypeEnum, which names them as FilterTypeEnum::X.
 struct FilterTypeValues
 {
     /// The filter kinds.

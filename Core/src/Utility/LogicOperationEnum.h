@@ -8,7 +8,7 @@ namespace base {
 namespace core {
 namespace utility {
 
-/// The values of LogicOperationEnum, apart from the wrapper so that they can be named as LogicOperationEnum::X.
+/// The values of LogicOperationEnum, which names them as LogicOperationEnum::X.
 struct LogicOperationValues
 {
     /// The logic operations; AND NOT and OR NOT are named with a blank ("AND NOT").

@@ -8,7 +8,7 @@ namespace base {
 namespace core {
 namespace utility {
 
-/// The values of PatternPositionEnum, apart from the wrapper so that they can be named as PatternPositionEnum::X.
+/// The values of PatternPositionEnum, which names them as PatternPositionEnum::X.
 struct PatternPositionValues
 {
     /// The positions of a pattern in a text.
