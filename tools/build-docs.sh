@@ -23,5 +23,39 @@ if ! (cd "$output" && doxygen Doxyfile > doxygen.log 2>&1) || [ -s "$output/warn
     exit 1
 fi
 [ -f "$output/corvane-core.qch" ] || { echo "no Qt Help file written" >&2; exit 1; }
-members="$(grep -c 'class="memItemLeft"' "$output"/html/class*.html | awk -F: '{s+=$2} END {print s}')"
+
+# Doxygen does not warn about undocumented enum values; its XML output tells them, and gives the
+# count of documented public members (functions, signals, variables, types, enums and their
+# values of the classes, structs and namespaces, each once).
+audit="$(awk '
+    /<compounddef / { compound = ($0 ~ /kind="(class|struct|namespace)"/ && $0 !~ /prot="private"/) }
+    /<compoundname>/ { name = $0; gsub(/ *<\/?compoundname>/, "", name) }
+    !compound { next }
+    /<memberdef / || /<enumvalue / {
+        public = ($0 ~ /prot="public"/); id = $0; sub(/.* id="/, "", id); sub(/".*/, "", id)
+        if (/<enumvalue /) { value = id; valueDocumented = 0 }
+        else { member = id; documented = 0; memberPublic = public }
+        next
+    }
+    /<para>/ { if (value != "") valueDocumented = 1; else if (member != "") documented = 1 }
+    /<name>/ && value != "" { valueName = $0; gsub(/ *<\/?name>/, "", valueName) }
+    /<\/enumvalue>/ {
+        if (public && !(value in seen)) {
+            seen[value] = 1
+            if (valueDocumented) count++; else print "undocumented enum value " name "::" valueName
+        }
+        value = ""; public = memberPublic
+    }
+    /<\/memberdef>/ {
+        if (public && !(member in seen)) { seen[member] = 1; if (documented) count++ }
+        member = ""
+    }
+    END { print "documented " count + 0 }
+' "$output"/xml/*.xml)"
+if grep -q '^undocumented' <<< "$audit"; then
+    echo "Undocumented public enum values:" >&2
+    grep '^undocumented' <<< "$audit" >&2
+    exit 1
+fi
+members="$(sed -n 's/^documented //p' <<< "$audit")"
 echo "API reference: $output/html/index.html, $output/corvane-core.qch ($members documented members)"
