@@ -20,4 +20,7 @@ cmake -S "$root" -B "$build" -G Ninja \
 cmake --build "$build" -j2
 (cd "$build" && ctest --output-on-failure -j2)
 
+# The API reference: fails on any undocumented public member of the installed headers.
+bash "$root/tools/build-docs.sh"
+
 CORVANE_FUZZ_SEED="${CORVANE_FUZZ_SEED:-1}" bash "$root/tools/run-fuzzers.sh" "${CORVANE_FUZZ_SECONDS:-10}"
