@@ -8,7 +8,7 @@ set -euo pipefail
 packages=(
     cmake g++ ninja-build ccache pkg-config libbenchmark-dev
     qtbase5-dev qttools5-dev-tools liblog4cplus-dev libsystemd-dev systemd
-    qt6-base-dev qt6-l10n-tools libgl-dev
+    qt6-base-dev qt6-l10n-tools libgl-dev libxml2-utils
     clang libclang-rt-14-dev
     "$@"
 )

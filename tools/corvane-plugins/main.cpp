@@ -1,6 +1,9 @@
 // corvane-plugins: explains in which order an application's plug-ins start, and why some do
-// not, and draws their service graph. It reads the configuration and loads the plug-ins with
-// the library's own code, as a start does, but initializes none of them.
+// not, draws their service graph, checks the configuration file, profiles the last start and
+// enables a plug-in again. It reads the configuration and loads the plug-ins with the library's
+// own code, as a start does, but initializes none of them.
+
+#include "ConfigurationCheck.h"
 
 #include <Configuration/ConfigurationManager.h>
 #include <Exceptions/Exceptions.h>
@@ -39,7 +42,8 @@ using business::PluginOrder;
 enum ExitCode { AllOrdered = 0, NotAllOrdered = 1, UsageError = 2, ConfigError = 3, SvgError = 4 };
 
 const char* const description
-    = "Explains the start order of an application's plug-ins and draws their service graph.\n"
+    = "Explains the start order of an application's plug-ins, draws their service graph and\n"
+      "checks the application's configuration file.\n"
       "The plug-ins are loaded and ordered as the application's start does it, but none is\n"
       "initialized. <configuration> is the application's configuration file, or its folder\n"
       "when that holds one application (an executable with <its name>.xml beside it).\n\n"
@@ -47,13 +51,15 @@ const char* const description
       "  order   print the start order, the pass that ordered each plug-in, what each provides\n"
       "          and requires, and why the plug-ins left over cannot start\n"
       "  graph   write the service graph as Graphviz DOT (or, with --svg, render it)\n"
+      "  check   report, as file:line:column, what the application would refuse, ignore or\n"
+      "          misread in the configuration file; loads no plug-in\n"
       "  profile where the last start's time went, by cost, from the trace it left in the\n"
       "          user's state folder (or from a trace file given instead, <file>.json)\n"
       "  enable <plug-in> <configuration>\n"
       "          enable a plug-in disabled after it ended a start, and forget that it did\n\n"
-      "Exit codes: 0 all plug-ins can be ordered, 1 some cannot (or cannot be loaded; for\n"
-      "profile: no trace, for enable: nothing to enable), 2 wrong usage, 3 the configuration\n"
-      "cannot be read, 4 the SVG file was not written.";
+      "Exit codes: 0 all plug-ins can be ordered (check: no problem), 1 some cannot (or cannot\n"
+      "be loaded; check: problems; profile: no trace; enable: nothing to enable), 2 wrong usage,\n"
+      "3 the configuration cannot be read, 4 the SVG file was not written.";
 
 QTextStream& out()
 {
@@ -361,6 +367,30 @@ QString configurationOf(const QString& path, QString& problem, int& code)
     return QString();
 }
 
+// Reports the configuration's problems; plug-in libraries must be in folder (default: the
+// configuration's own).
+int check(const QString& path, const QString& given, const QString& folder)
+{
+    ConfigurationCheck check(path, given,
+                             QDir::cleanPath(QFileInfo(folder.isEmpty() ? path : folder + "/")
+                                                 .absolutePath()));
+    if (!check.run()) {
+        QTextStream(stderr) << "Error: " << check.openError() << '\n';
+        return ConfigError;
+    }
+    const QStringList problems = check.problems();
+    for (const QString& problem : problems) {
+        out() << problem << '\n';
+    }
+    if (problems.isEmpty()) {
+        out() << given << ": no problems found.\n";
+    } else {
+        out() << given << ": " << counted(problems.size(), "problem", "problems") << " found.\n";
+    }
+    out().flush();
+    return problems.isEmpty() ? AllOrdered : NotAllOrdered;
+}
+
 // The library's and the plug-ins' log lines go to standard error when asked for, else nowhere.
 void setUpLogging(bool verbose)
 {
@@ -387,7 +417,8 @@ int main(int argc, char** argv)
     QCommandLineParser parser;
     parser.setApplicationDescription(QString::fromLatin1(description));
     parser.addHelpOption();
-    parser.addPositionalArgument(QStringLiteral("command"), QStringLiteral("order or graph"));
+    parser.addPositionalArgument(QStringLiteral("command"),
+                                 QStringLiteral("order, graph, check, profile or enable"));
     parser.addPositionalArgument(QStringLiteral("configuration"),
                                  QStringLiteral("the configuration file, or the application's "
                                                 "folder"));
@@ -415,10 +446,10 @@ int main(int argc, char** argv)
         usageProblem = QStringLiteral("expected: enable <plug-in> <configuration>");
     } else if (parser.positionalArguments().value(0) != "enable"
                && (parser.positionalArguments().size() != 2
-                   || !QStringList {"order", "graph", "profile"}.contains(
+                   || !QStringList {"order", "graph", "check", "profile"}.contains(
                        parser.positionalArguments().at(0)))) {
         usageProblem = QStringLiteral(
-            "expected a command (order, graph, profile or enable) and a configuration");
+            "expected a command (order, graph, check, profile or enable) and a configuration");
     } else if (parser.isSet(svgOption) && parser.positionalArguments().at(0) != "graph") {
         usageProblem = QStringLiteral("--svg belongs to the graph command");
     }
@@ -448,8 +479,11 @@ int main(int argc, char** argv)
     }
     setUpLogging(parser.isSet(verboseOption));
 
-    // The runner's own reading, and its words when the file cannot be read.
     const QString path = QFileInfo(configuration).absoluteFilePath();
+    if (command == QLatin1String("check")) {
+        return check(path, given, parser.isSet(folderOption) ? parser.value(folderOption) : "");
+    }
+    // The runner's own reading, and its words when the file cannot be read.
     QDomElement root;
     const QString error = business::ConfigurationManager::getRootElement(path, root);
     if (!error.isEmpty()) {

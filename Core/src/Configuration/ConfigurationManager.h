@@ -41,11 +41,15 @@ class CORE_EXPORT ConfigurationManager : public interfaces::IConfigurationManage
         corvane::base::interfaces::IManager corvane::base::interfaces::IConfigurationManager)
 
 public:
+    /// The process-wide manager, created on first call; its file's path is fixed then.
     static ConfigurationManager* instance();
 
     ~ConfigurationManager() override;
 
+    /// Reads the configuration file and logs what it says; throws ConfigurationManagerException
+    /// when the file cannot be opened, is no XML or has no "config" root.
     void initialize() override;
+    /// Forgets the plug-in entries; the application information stays.
     void deinitialize() override;
     void getName(QString& name) override;
     void getVersion(QString& version) override;
@@ -57,6 +61,8 @@ public:
     // The steps of reading, open to the framework runner, which reads the application type
     // before any application object or manager exists.
 
+    /// The configuration file of the executable applicationFilePath: its folder + "/" + the value
+    /// after "-C" in arguments, else its folder + "/" + its base name + ".xml".
     static QString getFilePath(const QString& applicationFilePath, const QStringList& arguments);
     /// Opens and parses path; returns an error text, empty on success.
     static QString getRootElement(const QString& path, QDomElement& root);

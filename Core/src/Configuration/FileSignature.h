@@ -26,6 +26,7 @@ namespace business {
 class CORE_EXPORT FileSignature
 {
 public:
+    /// Takes the logging manager from the manager registry.
     FileSignature();
     virtual ~FileSignature();
 
@@ -34,11 +35,15 @@ public:
     virtual bool isValid(const QString& path, bool checkIncludedSignature);
     /// Leaves hash unchanged when the file cannot be opened.
     virtual void createHashFromFileContent(const QString& path, QString& hash);
+    /// Writes hash into path + ".sig"; a file that cannot be written is passed over silently.
     virtual void saveHashInAFile(const QString& path, const QString& hash);
     /// Appends "\n" and the file's fingerprint to the file.
     virtual void signFile(const QString& path);
+    /// Whether the file's last line is the fingerprint of the content before it (see signFile()).
     virtual bool checkFileWithIncludedSignature(const QString& path);
 
+    /// Writes the fingerprint of what stream holds into hash, with the salt of the last
+    /// createHashFromFileContent().
     void getHash(QDataStream& stream, QString& hash) const;
 
 private:

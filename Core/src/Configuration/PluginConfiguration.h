@@ -14,9 +14,12 @@ namespace entities {
 class CORE_EXPORT PluginConfiguration
 {
 public:
+    /// An entry for the library name library with its "configuration" element (may be null).
     PluginConfiguration(QString library, QDomElement configuration);
 
+    /// Copies the library name ("stem.dll") into library.
     void getLibrary(QString& library) const;
+    /// Copies the handle of the plug-in's "configuration" element into configuration; null when absent.
     void getConfiguration(QDomElement& configuration) const;
 
     /// False for an entry written <plugin enabled="false">: the plug-in is not loaded.

@@ -10,6 +10,7 @@ namespace exceptions {
 class CORE_EXPORT SilentExitException : public BaseException
 {
 public:
+    /// Raised by sender; the reason is "Silent Exit Request: " + message, the method empty.
     SilentExitException(const QObject* sender, QString message);
     ~SilentExitException() override;
 };

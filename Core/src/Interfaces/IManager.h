@@ -15,12 +15,17 @@ class CORE_EXPORT IManager : public QObject
     Q_OBJECT
 
 public:
+    /// Creates the manager as a child of parent (managers are usually created without one).
     explicit IManager(QObject* parent = nullptr) : QObject(parent) { }
     ~IManager() override = default;
 
+    /// Brings the manager into service; a failure is thrown as the manager's exception.
     virtual void initialize() = 0;
+    /// Releases what initialize() acquired; the manager can be initialized again afterwards.
     virtual void deinitialize() = 0;
+    /// Writes the manager's name, its class name without namespace (for example "PluginManager").
     virtual void getName(QString& name) = 0;
+    /// Writes the manager's version text ("1.0.0").
     virtual void getVersion(QString& version) = 0;
 };
 

@@ -22,13 +22,19 @@ namespace interfaces {
 class CORE_EXPORT IPlugin
 {
 public:
+    /// Writes the plug-in's name, by which the plug-in manager knows it.
     virtual void getName(QString& name) = 0;
+    /// Writes the plug-in's version text.
     virtual void getVersion(QString& version) = 0;
+    /// Writes a free description of the plug-in.
     virtual void getDescription(QString& description) = 0;
+    /// Starts the plug-in, once the services it requires are available.
     virtual void initialize() = 0;
+    /// Stops the plug-in; it may be started again.
     virtual void deinitialize() = 0;
     /// The tasks for which the plug-in is to be initialized ("Base" at start-up).
     virtual void getProvidedTasks(QStringList& tasks) = 0;
+    /// Names of the services the plug-in provides; others that require them start after it.
     virtual void getProvidedServices(QStringList& services) = 0;
     /// Services that must be available before the plug-in starts.
     virtual void getRequiredServices(QStringList& services) = 0;
@@ -36,6 +42,7 @@ public:
     virtual void getOptionalRequiredServices(QStringList& services) = 0;
     /// The plug-in's "configuration" element of the configuration file.
     virtual void setConfiguration(QDomElement& configuration) = 0;
+    /// Whether the application may close now, for example with no unsaved data.
     virtual bool checkCanClose() = 0;
 
 protected:

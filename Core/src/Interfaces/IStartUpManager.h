@@ -12,9 +12,11 @@ class CORE_EXPORT IStartUpManager : public IManager
     Q_OBJECT
 
 public:
+    /// Creates the manager as a child of parent.
     explicit IStartUpManager(QObject* parent = nullptr) : IManager(parent) { }
     ~IStartUpManager() override = default;
 
+    /// Registers and initializes the plug-in manager, then the service manager.
     virtual void initManagers() = 0;
 };
 

@@ -13,7 +13,7 @@ namespace business {
 class CORE_EXPORT AssertionReport
 {
 public:
-    /// "ASSERT: "<condition>" in file <file>, line <line>"
+    /// `ASSERT: "<condition>" in file <file>, line <line>`
     static QString text(const char* condition, const char* file, int line);
     /// Writes text() as a critical Qt message when condition is false.
     static void check(bool condition, const char* text, const char* file, int line);

@@ -22,12 +22,16 @@ namespace business {
 class CORE_EXPORT FunctionLogger
 {
 public:
+    /// Logs "function() entered" for owner (a class or other name) one level deeper.
     FunctionLogger(const QString& owner, const QString& function);
+    /// As the owner form, with sender's class name as owner ("unknown source" for null).
     FunctionLogger(const QObject* sender, const QString& function);
     virtual ~FunctionLogger();
 
+    /// Writes "function() text" at the logger's depth.
     void log(const QString& text);
 
+    /// Sets the logging manager all function loggers write to; null stops them writing.
     static void setLoggingManager(interfaces::ILoggingManager* loggingManager);
 
 private:

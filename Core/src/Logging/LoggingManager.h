@@ -31,6 +31,7 @@ class CORE_EXPORT LoggingManager final : public interfaces::ILoggingManager
     Q_INTERFACES(corvane::base::interfaces::IManager corvane::base::interfaces::ILoggingManager)
 
 public:
+    /// The process-wide manager, created on first call.
     static LoggingManager* instance();
 
     ~LoggingManager() override;

@@ -39,10 +39,13 @@ class CORE_EXPORT PluginManager : public interfaces::IPluginManager
     Q_INTERFACES(corvane::base::interfaces::IManager corvane::base::interfaces::IPluginManager)
 
 public:
+    /// The process-wide manager, created on first call.
     static PluginManager* instance();
 
     ~PluginManager() override;
 
+    /// Starts the plug-ins (slotInitialize()): loads, orders and initializes those of "Base". A
+    /// failure is logged and kept (startFailure()), and ends the event loop with 1.
     void initialize() override;
     /// Deinitializes and unloads every plug-in.
     void deinitialize() override;
@@ -62,12 +65,21 @@ public:
 
     // The phases of the start, called through the virtual table so that a subclass can
     // replace one.
+    /// Loads the library of every plug-in entry, in order; entries without a library are skipped.
     Q_INVOKABLE virtual void loadPlugins();
+    /// Loads the library that aPluginFileName names in the plug-in folder and hands the plug-in
+    /// its configuration element; throws when the library is loaded already, cannot be loaded or
+    /// holds no IPlugin.
     Q_INVOKABLE virtual void loadPlugin(const QString& aPluginFileName);
+    /// Puts the loaded plug-ins into start order (see PluginOrder); throws when some cannot be ordered.
     Q_INVOKABLE virtual void orderPlugins();
+    /// Initializes, in start order, the plug-ins that offer the task "Base".
     Q_INVOKABLE virtual void initPlugins();
 
+    /// Unloads the library of the plug-in of that name; throws when it is not loaded or stays loaded.
     void unloadPlugin(const QString& pluginName);
+    /// Deinitializes the started plug-ins in reverse start order and unloads every library; throws
+    /// after the walk when one of them failed.
     void unloadPlugins();
 
     /// Whether every element of b is in a (true for an empty b).
@@ -82,6 +94,7 @@ public:
     /// set otherwise (an empty folder sets it back), so that a tool can load the plug-ins of
     /// another application.
     void setPluginFolder(const QString& folder);
+    /// The folder in which loadPlugin() looks for libraries.
     QString getPluginFolder() const;
     /// The plug-in entries that loadPlugins() loads and that configure the loaded plug-ins;
     /// the start (slotInitialize) takes them from the configuration manager instead.
@@ -93,17 +106,27 @@ public:
     /// What the manager knows of a loaded plug-in, for tools and views.
     struct PluginDetails
     {
+        /// The plug-in's name (IPlugin::getName()).
         QString name;
+        /// The plug-in's version text.
         QString version;
+        /// The plug-in's description.
         QString description;
+        /// The tasks the plug-in offers.
         QStringList tasks;
+        /// The services the plug-in provides.
         QStringList providedServices;
+        /// The services the plug-in requires.
         QStringList requiredServices;
+        /// The services the plug-in uses when some plug-in provides them.
         QStringList optionalRequiredServices;
+        /// Whether the plug-in is initialized.
         bool initialized = false;
         /// The ordering pass that placed it (from 1); 0 when it was not ordered.
         int pass = 0;
+        /// How long loading its library took, in milliseconds.
         qint64 loadMilliseconds = 0;
+        /// How long its last initialize() took, in milliseconds.
         qint64 initializeMilliseconds = 0; // its last initialize()
     };
     /// Throws the manager's exception ("Plugin not loaded: " + name) for an unknown name.
@@ -111,6 +134,7 @@ public:
     /// The plug-ins and services the last orderPlugins() went by, and what came of it, also
     /// when it failed.
     QList<PluginOrder::Plugin> getOrderingInput() const;
+    /// The result of the last orderPlugins().
     PluginOrder::Result getOrdering() const;
 
     /// Decides, at a start, what to do about the plug-in that ended the last start; without
@@ -125,14 +149,18 @@ public:
     QList<QPair<QString, QString>> getDisabledPlugins() const;
 
 signals:
+    /// Emitted by initialize() to run slotInitialize().
     void signalInitialize();
     /// The start moves on: "Loading plug-ins", then "Starting plug-ins".
     void signalStartPhase(QString aPhase);
 
 public slots:
+    /// The start: takes the plug-in entries from the configuration manager, then loadPlugins(),
+    /// orderPlugins() and initPlugins(); a failure is logged and kept (startFailure()).
     void slotInitialize();
 
 protected:
+    /// For subclasses; the process-wide manager comes from instance().
     PluginManager();
 
 private:

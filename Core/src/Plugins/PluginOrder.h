@@ -23,18 +23,33 @@ namespace business {
 class CORE_EXPORT PluginOrder
 {
 public:
+    /// A plug-in as the ordering sees it: its name and services.
     struct Plugin
     {
+        /// The plug-in's name.
         QString name;
+        /// The services it provides.
         QStringList provided;
+        /// The services that must be available before it starts.
         QStringList required;
+        /// The services it uses when some plug-in provides them.
         QStringList optional;
     };
 
+    /// What happened to a plug-in during the ordering.
     enum class Event { OptionalServiceDropped, NotOrdered, Ordered };
 
+    /** \var Event::OptionalServiceDropped
+     * An optional service that no plug-in provides was dropped from the plug-in's needs. */
+    /** \var Event::NotOrdered
+     * The plug-in waits for another unordered plug-in that provides a service it requires. */
+    /** \var Event::Ordered
+     * The plug-in was put into the start order. */
+
+    /// The outcome of order().
     struct Result
     {
+        /// The ordered plug-ins, in start order.
         QStringList order;
         /// The pass (from 1) in which each plug-in of order was ordered.
         QVector<int> passes;

@@ -22,6 +22,7 @@ namespace business {
 class CORE_EXPORT ServiceCache
 {
 public:
+    /// Does nothing; every member is static.
     ServiceCache();
 
     /// Enters the service under its class and every class up to (not including) IService.
@@ -30,6 +31,7 @@ public:
     static void removeServiceFromCache(interfaces::IService* service);
     /// The cached service, else the first one the service manager finds (then cached), else null.
     static interfaces::IService* getServiceByInterface(const QString& name);
+    /// The registered logging manager, else LoggingManager::instance().
     static interfaces::ILoggingManager* getLogger();
 
 private:

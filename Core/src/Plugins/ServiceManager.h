@@ -22,10 +22,12 @@ class CORE_EXPORT ServiceManager : public interfaces::IServiceManager
     Q_INTERFACES(corvane::base::interfaces::IManager corvane::base::interfaces::IServiceManager)
 
 public:
+    /// The process-wide manager, created on first call.
     static ServiceManager* instance();
 
     ~ServiceManager() override;
 
+    /// Logs that it was called; the registry starts empty.
     void initialize() override;
     /// Unregisters every service (without deinitializing it).
     void deinitialize() override;

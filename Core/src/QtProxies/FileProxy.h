@@ -14,9 +14,13 @@ class CORE_EXPORT FileProxy : public IFileProxy
     Q_OBJECT
 
 public:
+    /// A proxy without a file name and without parent.
     FileProxy();
+    /// A proxy without a file name, as a child of parent.
     explicit FileProxy(QObject* parent);
+    /// A proxy for the file name, without parent.
     explicit FileProxy(const QString& name);
+    /// A proxy for the file name, as a child of parent.
     FileProxy(const QString& name, QObject* parent);
 
     bool copy(const QString& newName) override;

@@ -16,7 +16,9 @@ class IFileProxy;
 class CORE_EXPORT FileProxyFactory
 {
 public:
+    /// A new FileProxy without a file name, as a child of parent.
     static IFileProxy* createFileProxy(QObject* parent);
+    /// A new FileProxy for the file name, as a child of parent.
     static IFileProxy* createFileProxy(const QString& name, QObject* parent);
 };
 

@@ -12,6 +12,7 @@ class CORE_EXPORT ProcessProxy : public IProcessProxy
     Q_OBJECT
 
 public:
+    /// Creates the process and relays its signals, as a child of parent.
     explicit ProcessProxy(QObject* parent = nullptr);
 
     QStringList arguments() const override;

@@ -14,6 +14,7 @@ class IProcessProxy;
 class CORE_EXPORT ProcessProxyFactory
 {
 public:
+    /// A new ProcessProxy, as a child of parent.
     static IProcessProxy* createProcessProxy(QObject* parent);
 };
 

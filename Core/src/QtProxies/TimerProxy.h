@@ -26,6 +26,8 @@ public:
     /// The caller owns the proxy; its thread starts with the first start().
     static TimerProxy* createAsynchronousTimer();
 
+    /// A proxy over timer. With a thread (the timer's parent, not running yet), the timer fires on
+    /// that thread and the proxy owns the thread; without one it fires where it lives.
     TimerProxy(QTimer* timer, QThread* thread);
     /// Stops the timer and ends (joins) its thread.
     ~TimerProxy() override;
@@ -39,7 +41,9 @@ public:
     /// Stops the timer, then ends its thread (if any) and waits for it.
     void stop() override;
 
+    /// Starts the timer's thread, if it has one that does not run.
     void startThread();
+    /// Ends the timer's thread, if it has one, and waits for it.
     void stopThread();
 
 private:

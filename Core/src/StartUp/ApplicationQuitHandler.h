@@ -18,8 +18,10 @@ class CORE_EXPORT ApplicationQuitHandler : public QObject
     Q_OBJECT
 
 public:
+    /// Creates the handler as a child of parent, usually the application it filters.
     explicit ApplicationQuitHandler(QObject* parent = nullptr);
 
+    /// On QEvent::Quit takes the managers down (once) and quits; always answers false.
     bool eventFilter(QObject* watched, QEvent* event) override;
 
     /// Deinitializes and unregisters the start-up manager if it is still registered; a

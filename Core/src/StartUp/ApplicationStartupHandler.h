@@ -40,6 +40,7 @@ public:
     /// How long a later instance tries to reach the first one, in milliseconds.
     static constexpr int senderTimeout = 10000;
 
+    /// The process-wide handler, created on first call.
     static ApplicationStartupHandler* instance();
     ~ApplicationStartupHandler() override;
 
@@ -47,16 +48,25 @@ public:
     bool loadTranslator(QTranslator& translator, QString directory);
     /// Installs the start-up translation for as long as this call runs.
     void initializeTranslator(QCoreApplication& application);
+    /// The file the user passed on the command line (see PCCommandLineParser), or empty.
     QString getFileParameter() const;
 
     /// 1 first instance, -1 another one runs and got the request, -2 framework error, -3 other.
     int getSingleApplicationGuardExitCode(const QString& singleAppId);
+    /// getSingleApplicationGuardExitCode() for a GUI application; with userNotification, a later
+    /// instance tells the user in a message box that only one instance may run.
     int getSingleGuiApplicationGuardExitCode(QApplication& application, const QString& singleAppId,
                                              bool userNotification);
+    /// getSingleApplicationGuardExitCode() for a console application; nothing is shown.
     int getSingleConsoleApplicationGuardExitCode(QCoreApplication& application,
                                                  const QString& singleAppId, bool userNotification);
 
+    /// Sets the single-application guard up for singleAppId (initSingleApplicationGuard()).
     void initialize(QString singleAppId);
+    /// Makes this the first instance of singleAppId and starts receiving the requests of later
+    /// ones; in a later instance hands "raise" (and "load:<file>") to the first one and throws
+    /// SilentExitException once it has taken them. Throws ConnectException when the lock cannot be
+    /// taken, the first instance does not answer in time, or listening fails.
     void initSingleApplicationGuard(QString singleAppId);
 
     /// Keeps the requests that arrive from now on, for a start that is still under way: the
@@ -66,7 +76,9 @@ public:
     void deliverHeldRequests();
 
 signals:
+    /// A later instance asks this first one to bring itself to the front.
     void raiseRequest();
+    /// A later instance asks this first one to load file (an absolute path).
     void loadRequest(QString file);
 
 private:

@@ -22,9 +22,11 @@ class CORE_EXPORT CoreApplication : public QCoreApplication
     Q_OBJECT
 
 public:
+    /// Creates the application object and turns SIGTERM, SIGINT and SIGHUP into events of its loop.
     CoreApplication(int& argc, char** argv);
     ~CoreApplication() override;
 
+    /// Takes the managers down on QEvent::Quit (once), then handles the event as QCoreApplication does.
     bool event(QEvent* event) override;
 
 private:

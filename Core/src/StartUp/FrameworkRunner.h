@@ -25,8 +25,11 @@ namespace business {
 class CORE_EXPORT FrameworkRunner
 {
 public:
+    /// Creates a runner; nothing happens until exec().
     FrameworkRunner();
 
+    /// Runs the application that the configuration file describes and returns its exit code.
+    /// With checkSignature, a configuration file that does not match its signature ends the start.
     int exec(int argc, char** argv, bool checkSignature);
 
     /// Reads the application information; writes "Error: <reason>" to standard output and
@@ -34,7 +37,9 @@ public:
     bool retrieveApplicationInfo(const QStringList& arguments);
     /// Message handler, logging and configuration managers, signature check, start-up manager.
     void baseInitialization();
+    /// Runs a GUI application (QApplication) with the single-application guard, managers and event loop.
     int runGuiApplication(int argc, char** argv);
+    /// Runs a console application (QCoreApplication) as runGuiApplication() does, without a GUI.
     int runConsoleApplication(int argc, char** argv);
     /// Service control actions ("-i", "-t", ...) or the service itself; see ServiceController.
     int runServiceApplication(int argc, char** argv);

@@ -29,8 +29,10 @@ class CORE_EXPORT LocalSocketStringMessageReceiver : public QObject
     Q_OBJECT
 
 public:
+    /// The longest message taken, in bytes; a connection that declares a longer one is dropped.
     static constexpr qint32 maximumMessageSize = 16 * 1024 * 1024;
 
+    /// A receiver for the server serverName; nothing listens until start().
     explicit LocalSocketStringMessageReceiver(QString serverName);
     ~LocalSocketStringMessageReceiver() override;
 

@@ -20,14 +20,17 @@ namespace internal {
 class CORE_EXPORT LocalSocketStringMessageSender
 {
 public:
+    /// A sender to the server serverName that waits at most timeout milliseconds for each step.
     LocalSocketStringMessageSender(QString serverName, int timeout);
 
     /// False at once when no receiver's marker exists; else whether the connection came up
     /// within the time-out.
     bool connectToReceiver();
+    /// Sends value as one frame and waits until it has been written.
     void sendValue(const QString& value);
     /// Whether the receiver took the message sent before, within the time-out.
     bool waitForAcknowledgement();
+    /// Closes the connection to the receiver.
     void disconnectFromReceiver();
 
 private:

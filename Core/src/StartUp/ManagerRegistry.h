@@ -26,23 +26,38 @@ class CORE_EXPORT ManagerRegistry : public QObject
     Q_OBJECT
 
 public:
+    /// The process-wide registry, created on first call.
     static ManagerRegistry* instance();
 
     ~ManagerRegistry() override;
 
+    /// Files manager under each manager interface it implements; throws ManagerRegistryException
+    /// when a manager of one of those kinds is registered already.
     void registerManager(interfaces::IManager& manager);
+    /// Removes manager from each kind it is filed under; throws ManagerRegistryException when one
+    /// of its kinds holds no manager.
     void unregisterManager(interfaces::IManager& manager);
 
+    /// The configuration manager; throws ManagerRegistryException when none is registered.
     interfaces::IConfigurationManager* getConfigurationManager();
+    /// The start-up manager; throws ManagerRegistryException when none is registered.
     interfaces::IStartUpManager* getStartUpManager();
+    /// The service manager; throws ManagerRegistryException when none is registered.
     interfaces::IServiceManager* getServiceManager();
+    /// The plug-in manager; throws ManagerRegistryException when none is registered.
     interfaces::IPluginManager* getPluginManager();
+    /// The logging manager; throws ManagerRegistryException when none is registered.
     interfaces::ILoggingManager* getLoggingManager();
 
+    /// Whether a configuration manager is registered.
     bool hasConfigurationManager() const;
+    /// Whether a plug-in manager is registered.
     bool hasPluginManager() const;
+    /// Whether a start-up manager is registered.
     bool hasStartUpManager() const;
+    /// Whether a service manager is registered.
     bool hasServiceManager() const;
+    /// Whether a logging manager is registered.
     bool hasLoggingManager() const;
 
 private:

@@ -13,10 +13,14 @@ namespace business {
 class CORE_EXPORT PCCommandLineParser
 {
 public:
+    /// A parser with an empty result.
     PCCommandLineParser();
 
+    /// Finds the file argument in arguments (the program first) and keeps it.
     void parse(const QStringList& arguments);
+    /// The file argument that parse() found; empty when there was none.
     QString getConfigFilePath() const;
+    /// The file argument of arguments (the program first); empty when there is none.
     QString findConfigFilePathInArguments(const QStringList& arguments) const;
 
 private:

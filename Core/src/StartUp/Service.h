@@ -29,23 +29,30 @@ class CORE_EXPORT Service : public QObject
     Q_OBJECT
 
 public:
+    /// Creates the service's application object; the control socket is opened by the start.
     Service(int& argc, char** argv, QString controlSocket);
     ~Service() override;
 
     /// The running service, or null when the application is no service.
     static Service* instance();
 
+    /// Starts the framework once the event loop runs (slotStart()), runs the loop, returns its code.
     int exec();
 
     /// Tells systemd (NOTIFY_SOCKET) a state such as "READY=1"; nothing without systemd.
     static void notify(const QString& state);
 
 signals:
+    /// The service was asked to pause ("-p").
     void paused();
+    /// The service was asked to resume ("-r").
     void resumed();
+    /// The service was sent the command number ("-c number").
     void command(int number);
 
 public slots:
+    /// Starts the managers and plug-ins, opens the control socket and tells systemd READY=1; a
+    /// failure is logged and ends the event loop with 1.
     void slotStart();
 
 private:

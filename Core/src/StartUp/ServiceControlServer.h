@@ -22,6 +22,7 @@ class CORE_EXPORT ServiceControlServer : public QObject
     Q_OBJECT
 
 public:
+    /// Creates the server as a child of parent; it listens from listen() on.
     explicit ServiceControlServer(QObject* parent = nullptr);
     ~ServiceControlServer() override;
 
@@ -32,9 +33,13 @@ public:
     static bool request(const QString& path, const QString& text, int timeout = 5000);
 
 signals:
+    /// A client sent "stop".
     void stopRequested();
+    /// A client sent "pause".
     void pauseRequested();
+    /// A client sent "resume".
     void resumeRequested();
+    /// A client sent "command number".
     void commandRequested(int number);
 
 private:

@@ -30,6 +30,7 @@ public:
 
     /// Whether this process is to run the service (no argument, or "-e").
     bool runsService() const;
+    /// Whether the switch is "-e": the service runs in the foreground of this terminal.
     bool inForeground() const;
     /// Whether the service runs in this process: in the foreground, or started by systemd (or
     /// by startDaemon()), which then hears of its readiness.
@@ -44,12 +45,17 @@ public:
     /// Whether the name can name a service (at most 255 characters, no backslash); warns when
     /// it cannot.
     bool validName() const;
+    /// The service's name, as given to the constructor.
     QString serviceName() const;
+    /// The control socket of the running service: "<runtime folder>/<name>/control", the runtime
+    /// folder being /run as root, else the user's one.
     QString controlSocket() const;
+    /// The systemd unit file that "-i" writes and "-u" removes: "<unit folder>/<name>.service".
     QString unitFile() const;
     /// WatchdogSec= of the unit that "-i" writes; 0 for none.
     void setWatchdogSeconds(int seconds);
 
+    /// The usage text that "-h" prints, for the executable program.
     static QString usage(const QString& program);
 
 private:

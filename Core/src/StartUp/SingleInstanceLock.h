@@ -19,8 +19,16 @@ namespace internal {
 class CORE_EXPORT SingleInstanceLock
 {
 public:
+    /// The outcome of tryLock().
     enum Result { Taken, HeldByAnother, Failed };
+    /** \var Taken
+     * This instance holds the lock now. */
+    /** \var HeldByAnother
+     * Another process holds the lock. */
+    /** \var Failed
+     * The lock file could not be opened or locked. */
 
+    /// A lock on the file at path; nothing is locked until tryLock().
     explicit SingleInstanceLock(QString path);
     ~SingleInstanceLock();
 
@@ -28,6 +36,7 @@ public:
     Result tryLock();
     /// Why the last tryLock() failed.
     QString errorString() const;
+    /// The lock file's path.
     QString path() const;
 
 private:

@@ -21,6 +21,7 @@ class CORE_EXPORT StartUpManager : public interfaces::IStartUpManager
     Q_INTERFACES(corvane::base::interfaces::IManager corvane::base::interfaces::IStartUpManager)
 
 public:
+    /// The process-wide manager, created on first call.
     static StartUpManager* instance();
 
     ~StartUpManager() override;
@@ -34,6 +35,7 @@ public:
     void initManagers() override;
 
 protected:
+    /// For subclasses; the process-wide manager comes from instance().
     StartUpManager();
 
 private:

@@ -39,25 +39,38 @@ class CORE_EXPORT AbstractService : public base::interfaces::IService
     Q_OBJECT
 
 public:
+    /// Takes the manager registry; no bindings, not initialized.
     AbstractService();
+    /// A service destroyed while initialized is logged as an error and unregistered.
     ~AbstractService() override;
 
     /// Resolves the bindings, then registers the service.
     void initialize() override;
     /// Unregisters the service.
     void deinitialize() override;
+    /// Writes the fully qualified class name, the service's name at the service manager.
     void getName(QString& name) override;
+    /// Writes "0.12.0".
     void getVersion(QString& version) override;
+    /// Whether initialize() has run and deinitialize() has not.
     virtual bool isInitialized();
+    /// The registry's logging manager.
     virtual base::interfaces::ILoggingManager* getLogger() const;
+    /// QObject::connect() with SIGNAL() and SLOT() strings; throws NullPointerException for a null
+    /// argument and ConnectFailedException when Qt refuses the connection.
     virtual void connectToMember(const QObject* sender, const char* signal, const QObject* receiver,
                                  const char* member, Qt::ConnectionType type = Qt::AutoConnection);
+    /// QObject::disconnect() of such a connection; failures are only logged.
     virtual void disconnectFromMember(const QObject* sender, const char* signal,
                                       const QObject* receiver, const char* member);
+    /// The registered service named serviceName; throws ServiceManagerException when there is none.
     virtual base::interfaces::IService* getServiceForConcreteName(const QString& serviceName) const;
+    /// The one registered service that implements name; throws ServiceUnavailableException
+    /// when none or several do.
     virtual base::interfaces::IService* getServiceForInterfaceName(const QString& name) const;
     /// Binds member to the service implementing the interface (or class) name.
     virtual void assignMemberToServiceName(QString* member, const QString& name);
+    /// Resolves every binding (resolveServiceName()); the first failure ends it with its exception.
     virtual void resolveServices();
     /// Writes the name of the one registered service implementing name into *member; throws
     /// ServiceUnavailableException when none or several do.

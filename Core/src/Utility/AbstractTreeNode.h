@@ -31,18 +31,29 @@ public:
     /// The process-wide root node, named "ROOT".
     static AbstractTreeNode* root();
 
+    /// Copies the node's name into name.
     virtual void getNodeName(QString& name) const;
+    /// Copies the list of children into children.
     virtual void getChildren(QVector<AbstractTreeNode*>& children);
+    /// The parent given at construction; null for a root.
     virtual AbstractTreeNode* getParentTreeNode();
+    /// A node named name (case-sensitive) below start, or below the parent when start is null;
+    /// null for an empty name.
     virtual AbstractTreeNode* getNodeForTreeNodeName(AbstractTreeNode* start, const QString& name);
     /// Appends node to the children (false for null); node's parent is left as it is.
     virtual bool addTreeNode(AbstractTreeNode* node);
     /// Adds node to parent when parent is a child of this node, else to this node's parent.
     virtual bool addTreeNode(AbstractTreeNode* parent, AbstractTreeNode* node);
+    /// Takes node out of the children of parent (this node's parent when null) or, depth-first, of
+    /// a node below; the node is not deleted.
     virtual bool removeTreeNode(AbstractTreeNode* parent, AbstractTreeNode* node);
+    /// Writes whether the node has children.
     virtual void hasChildren(bool& hasChildren) const;
+    /// Writes the number of children.
     virtual void getChildrenCount(int& count) const;
+    /// The child at index; throws ValueOutOfRangeException for an index above the count.
     virtual AbstractTreeNode* getChildAt(int index) const;
+    /// Writes the row given at construction.
     virtual void getNodeRow(int& row) const;
 
 private:

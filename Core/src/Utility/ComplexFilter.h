@@ -22,12 +22,18 @@ class Filter;
 class CORE_EXPORT ComplexFilter
 {
 public:
+    /// An empty chain.
     ComplexFilter();
+    /// Releases the filters as clear() does.
     ~ComplexFilter();
 
+    /// Appends filter, joined by operation; the chain takes the filter (null is accepted).
     void addFilter(const LogicOperationEnum& operation, Filter* filter);
+    /// Copies the filter pointers into filters, in the order added; the chain keeps the filters.
     void getFilter(QList<Filter*>& filters) const;
+    /// Copies the logic operations into logicOperations, in the order added.
     void getLogicOperations(QList<LogicOperationEnum>& logicOperations) const;
+    /// Releases the filters (see above) and empties the chain.
     void clear();
 
 private:

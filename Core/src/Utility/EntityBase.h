@@ -15,6 +15,7 @@ namespace entity {
 class CORE_EXPORT EntityBase
 {
 public:
+    /// An entity; the fields are the subclass's.
     EntityBase();
     virtual ~EntityBase() = 0;
 };

@@ -13,9 +13,12 @@ namespace utility {
 class CORE_EXPORT FieldAssignment
 {
 public:
+    /// The value fieldValue for the field fieldName.
     FieldAssignment(const QString& fieldName, const QString& fieldValue);
 
+    /// Copies the field's name into fieldName.
     void getFieldName(QString& fieldName) const;
+    /// Copies the value into fieldValue.
     void getFieldValue(QString& fieldValue) const;
 
 private:

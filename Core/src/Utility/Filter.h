@@ -12,9 +12,11 @@ namespace utility {
 class CORE_EXPORT Filter
 {
 public:
+    /// A filter of the kind type, which never changes.
     explicit Filter(FilterTypeEnum::Enum type);
     virtual ~Filter();
 
+    /// The filter's kind.
     FilterTypeEnum::Enum getType() const;
 
 private:

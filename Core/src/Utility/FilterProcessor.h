@@ -42,17 +42,25 @@ class CORE_EXPORT FilterProcessor : public QObject
     Q_OBJECT
 
 public:
+    /// A processor for entities whose fields entityData reads; entityData is not owned.
     explicit FilterProcessor(entity::AbstractEntityBaseData* entityData);
 
+    /// Replaces the content of result with the entities that pass filter; an empty chain passes
+    /// all.
     void applyFilter(const QList<entity::EntityBase*>& entities, const ComplexFilter& filter,
                      QList<entity::EntityBase*>& result);
     /// Appends each entity to matched or notMatched, in input order; neither is cleared first.
     void doFiltering(const QList<entity::EntityBase*>& entities, const Filter* filter,
                      QList<entity::EntityBase*>& matched, QList<entity::EntityBase*>& notMatched);
+    /// Whether entity passes the condition.
     bool useConditionFilter(const ConditionFilter& filter, const entity::EntityBase& entity);
+    /// Whether entity's numeric or date field lies in the range.
     bool useRangeFilter(const RangeFilter& filter, const entity::EntityBase& entity);
+    /// Whether entity's field holds the pattern at its position.
     bool usePatternFilter(const PatternFilter& filter, const entity::EntityBase& entity);
+    /// Whether entity's field holds all (AND) or any (OR) of the patterns.
     bool usePatternListFilter(const PatternListFilter& filter, const entity::EntityBase& entity);
+    /// Whether entity's field equals one of the filter's values.
     bool useEqualityListFilter(EqualityListFilter filter, const entity::EntityBase& entity);
 
 private:

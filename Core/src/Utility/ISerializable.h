@@ -14,7 +14,9 @@ class CORE_EXPORT ISerializable
 {
 public:
     virtual ~ISerializable();
+    /// The object's values by name.
     virtual QVariantMap toVariantMap() const = 0;
+    /// Takes its values from values, as toVariantMap() writes them.
     virtual void fromVariantMap(const QVariantMap& values) = 0;
 };
 

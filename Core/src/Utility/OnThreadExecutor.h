@@ -33,14 +33,18 @@ class CORE_EXPORT OnThreadExecutor : public QObject
     Q_OBJECT
 
 public:
+    /// An executor of function on thread; the executor moves to thread.
     OnThreadExecutor(std::function<void()> function, QThread* thread);
 
+    /// Runs the function on the thread and returns when it has run; rethrows its exception.
     void execute();
 
 signals:
+    /// Hands the function to the thread's event loop; emitted by execute().
     void signalExecute();
 
 public slots:
+    /// Runs the function on the thread and wakes the waiting caller.
     void slotExecute();
 
 private:

@@ -24,12 +24,15 @@ namespace utility {
 class CORE_EXPORT SerializerFactory
 {
 public:
+    /// A function that creates a new serializer of one format.
     using Creator = interfaces::ISerializer* (*)();
 
+    /// The process-wide factory, created on first call; requires a registered logging manager.
     static SerializerFactory* instance();
 
     /// A name registered already keeps its first creator (logged as an error).
     void registerSerializer(QString name, Creator creator);
+    /// Removes the creator of name; an unknown name is logged as an error.
     void unregisterSerializer(QString name);
     /// A new serializer the caller owns; InvalidArgumentException for an unknown name.
     interfaces::ISerializer* createSerializer(const QString& name);

@@ -9,6 +9,7 @@ namespace base {
 namespace core {
 namespace utility {
 
+/// Expansion of environment variable references (${NAME}) in texts.
 class CORE_EXPORT SystemEnvironment
 {
 public:

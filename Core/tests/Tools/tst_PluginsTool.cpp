@@ -176,8 +176,8 @@ private slots:
             << "^corvane-plugins: Failed to load plugin \\(Absent\\.dll\\)\\. .+\n$";
         QTest::newRow("unknown command")
             << QByteArray() << QStringList {"start", "app.xml"} << 2 << ""
-            << "^corvane-plugins: expected a command \\(order, graph, profile or enable\\) and a "
-               "configuration"
+            << "^corvane-plugins: expected a command \\(order, graph, check, profile or enable\\) and "
+               "a configuration"
                 + usage;
         QTest::newRow("--svg without graph")
             << QByteArray() << QStringList {"order", "--svg", "x.svg", "app.xml"} << 2 << ""
