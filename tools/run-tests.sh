@@ -4,11 +4,13 @@
 #   qt5    Qt 5.15, AddressSanitizer and UndefinedBehaviorSanitizer, with the benchmarks built
 #   qt6    Qt 6, the same sanitizers; also installs itself beside the qt5 build
 #   arm64  Qt 5 cross-built for 64-bit ARM, its tests run under qemu-aarch64
-# Each build's tests run even when another's failed; the command fails when any did. Then every
-# fuzzer runs briefly (tools/run-fuzzers.sh, build/fuzz): CORVANE_FUZZ_SECONDS each, 10 by
+# Then the Debian packages of both majors are built and tested (tools/build-packages.sh), the API
+# reference is built (tools/build-docs.sh, which fails on an undocumented public member), and
+# every fuzzer runs briefly (tools/run-fuzzers.sh, build/fuzz): CORVANE_FUZZ_SECONDS each, 10 by
 # default, from a fixed seed (CORVANE_FUZZ_SEED, 1 by default) so that a smoke run repeats what
-# the last one did; longer runs of run-fuzzers.sh explore. CORVANE_TEST_BUILDS="qt5 qt6" runs
-# only those builds.
+# the last one did; longer runs of run-fuzzers.sh explore. Every step runs even when an earlier
+# one failed; the command fails when any did. CORVANE_TEST_BUILDS="qt5 qt6" runs only those
+# builds.
 set -euo pipefail
 
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
@@ -56,7 +58,12 @@ for name in "${builds[@]}"; do
     (cd "$build/$name" && ctest --output-on-failure -j2) || failed+=("$name")
 done
 
+# The Debian packages of both majors, unpacked and used by a consumer, and checked by lintian.
+echo "== Packages"
+CORVANE_QT_MAJORS="5 6" bash "$root/tools/build-packages.sh" || failed+=(packages)
+
 # The API reference: fails on any undocumented public member of the installed headers.
+echo "== API reference"
 bash "$root/tools/build-docs.sh" || failed+=(docs)
 
 CORVANE_FUZZ_SEED="${CORVANE_FUZZ_SEED:-1}" bash "$root/tools/run-fuzzers.sh" "${CORVANE_FUZZ_SECONDS:-10}" \
