@@ -80,7 +80,10 @@ StartUpRecord::StartUpRecord(const QString& applicationName)
 {
 }
 
-StartUpRecord::~StartUpRecord() = default;
+StartUpRecord::~StartUpRecord()
+{
+    closeOwnRecord();
+}
 
 QString StartUpRecord::stateHome()
 {
@@ -195,17 +198,61 @@ bool StartUpRecord::recordLoading(const QString& library)
 bool StartUpRecord::recordInitializing(const QString& plugin, const QString& library)
 {
     const qint64 pid = QCoreApplication::applicationPid();
-    QByteArray content = "pid=" + QByteArray::number(pid) + "\nstarted=" + startTimeOf(pid)
+    if (ownStartTime.isEmpty()) {
+        ownStartTime = startTimeOf(pid);
+    }
+    QByteArray content = "pid=" + QByteArray::number(pid) + "\nstarted=" + ownStartTime
         + "\nphase=" + (plugin.isEmpty() ? loading : initializing).toUtf8() + "\n";
     if (!plugin.isEmpty()) {
         content += "plugin=" + plugin.toUtf8() + "\n";
     }
     content += "library=" + library.toUtf8() + "\n";
-    return write(ownRecord, content);
+    return rewriteOwnRecord(content);
+}
+
+// The first phase writes the record whole, beside its place, and keeps it open; every later
+// one overwrites it with one write, padded with blank lines to at least the size it had (which
+// readers skip), so that it never holds a mixture of two phases. Each phase of each plug-in
+// writes it: this keeps that to a single system call.
+bool StartUpRecord::rewriteOwnRecord(QByteArray content)
+{
+    if (ownRecordFile < 0) {
+        if (!write(ownRecord, content)) {
+            return false;
+        }
+        const int folder = openFolder(false);
+        ownRecordFile = folder < 0 ? -1
+                                   : ::openat(folder, QFile::encodeName(ownRecord).constData(),
+                                              O_WRONLY | O_NOFOLLOW | O_CLOEXEC);
+        if (folder >= 0) {
+            ::close(folder);
+        }
+        ownRecordSize = content.size();
+        return true;
+    }
+    if (content.size() < ownRecordSize) {
+        content.append(ownRecordSize - content.size(), '\n');
+    }
+    if (::pwrite(ownRecordFile, content.constData(), size_t(content.size()), 0) != content.size()) {
+        error = QStringLiteral("cannot write %1/%2: %3")
+                    .arg(path, ownRecord, QString::fromLocal8Bit(std::strerror(errno)));
+        return false;
+    }
+    ownRecordSize = content.size();
+    return true;
+}
+
+void StartUpRecord::closeOwnRecord()
+{
+    if (ownRecordFile >= 0) {
+        ::close(ownRecordFile);
+        ownRecordFile = -1;
+    }
 }
 
 void StartUpRecord::clear()
 {
+    closeOwnRecord();
     remove(ownRecord);
 }
 

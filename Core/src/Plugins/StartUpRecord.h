@@ -20,9 +20,10 @@ enum class LastStartChoice { StartWithIt, LeaveOutThisTime, DisableUntilEnabled 
  * - while plug-ins are loaded and initialized, a record "start-<pid>" of the library being
  *   loaded or the plug-in being initialized, removed once the start is done or has failed
  *   cleanly. A start that crashes, aborts or is killed leaves it behind: the next start finds
- *   it and knows which plug-in ended the last one. Each write replaces the whole file
+ *   it and knows which plug-in ended the last one. The first write creates the whole file
  *   (written beside it, then renamed), so that even a kill between two writes leaves a
- *   complete record;
+ *   complete record (later phases rewrite it in place in one write, padded with blank lines
+ *   to its size, so that a record is always whole);
  * - "disabled-plugins", the plug-ins the user chose to disable after one ended a start, one
  *   name a line, until they are enabled again.
  *
@@ -87,6 +88,8 @@ private:
     };
     QList<Record> endedStarts() const;
     bool write(const QString& file, const QByteArray& content);
+    bool rewriteOwnRecord(QByteArray content);
+    void closeOwnRecord();
     QByteArray read(const QString& file) const;
     void remove(const QString& file) const;
     int openFolder(bool create) const;
@@ -94,6 +97,10 @@ private:
     QString path;
     QString ownRecord;
     mutable QString error;
+    // This start's record, kept open once written: each phase rewrites it in place.
+    int ownRecordFile = -1;
+    int ownRecordSize = 0;
+    QByteArray ownStartTime;
 };
 
 } // namespace business
