@@ -1,5 +1,6 @@
 #include "Processes.h"
 
+#include <fcntl.h>
 #include <numeric>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -58,6 +59,7 @@ class tst_Service : public QObject
     Q_OBJECT
 
     QTemporaryDir folder;
+    int units = 0;
     const QString exe = folder.filePath("corvane-demo-service");
     const QString name = QStringLiteral("tst-service-%1").arg(QCoreApplication::applicationPid());
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -79,7 +81,8 @@ private slots:
     {
         QVERIFY(
             copyInto(folder.path(), DEMO_FOLDER,
-                     {"corvane-demo-service", "libInventory.so", "libHeartbeat.so", "inventory.csv",
+                     {"corvane-demo-service", "corvane-demo-service.properties",
+                      "libInventory.so", "libHeartbeat.so", "inventory.csv",
                       QCoreApplication::applicationDirPath() + "/libBlocker.so"}));
         environment.insert("CORVANE_SYSTEMD_UNIT_DIR", folder.filePath("units"));
         for (const char* variable : {"QT_MESSAGE_PATTERN", "NOTIFY_SOCKET", "WATCHDOG_USEC"})
@@ -123,6 +126,11 @@ private slots:
             QTest::addRow("%s backslash", qPrintable(action))
                 << "a\\b" << arguments << "1 "
                 << "ServiceController: 'name' contains backslashes '\\'.";
+            for (const QString& hostile : {"../escaped", "a b", ".hidden", "x\nExecStartPre=y"})
+                QTest::addRow("%s %s", qPrintable(action),
+                              qPrintable(QString(hostile).replace('\n', "\\n")))
+                    << hostile << arguments << "1 "
+                    << "ServiceController: 'name' is no valid unit name";
         }
     }
     void actions() // that end at once
@@ -136,6 +144,95 @@ private slots:
         QCOMPARE(result.outcome(), outcome);
         QVERIFY2(result.err.contains(err), qPrintable(result.err));
         QVERIFY(processesOf(exe).isEmpty());
+        QVERIFY(!QFile::exists(folder.filePath("escaped.service")));
+    }
+
+    // A title, an account or a folder that would add lines to the unit, or that systemd cannot
+    // take, is refused ("could not be installed", no unit written); odd but legal ones are
+    // written so that systemd reads them as they are. An application that checks its
+    // configuration's signature installs from a signed one only.
+    void hostileUnits_data()
+    {
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("subfolder"); // where the executable lies, below the folder
+        QTest::addColumn<QString>("account");
+        QTest::addColumn<QString>("signature"); // "": not checked, "none" or "valid"
+        QTest::addColumn<QStringList>("lines"); // of the unit; empty: refused
+        const QStringList refused;
+        const QString injection = "\nExecStartPre=+/bin/sh -c \"touch /tmp/injected\"";
+        QTest::newRow("title with a line break") << "T" + injection << "" << "" << "" << refused;
+        QTest::newRow("title with NEL") << QString("T") + QChar(0x85) + "x" << "" << "" << ""
+                                        << refused;
+        QTest::newRow("title with a line separator")
+            << QString("T") + QChar(0x2028) + "x" << "" << "" << "" << refused;
+        QTest::newRow("account with a line break") << "" << "" << "svc" + injection << ""
+                                                   << refused;
+        QTest::newRow("account with a blank") << "" << "" << "a b" << "" << refused;
+        QTest::newRow("account as an option") << "" << "" << "-x" << "" << refused;
+        QTest::newRow("folder with a quote") << "" << "q\"b" << "" << "" << refused;
+        QTest::newRow("folder with a backslash") << "" << "q\\b" << "" << "" << refused;
+        QTest::newRow("unsigned, checked") << "" << "" << "" << "none" << refused;
+        QTest::newRow("odd title")
+            << "Größe 100% ${HOME} $USER x\\" << "" << "" << ""
+            << QStringList {"Description=Größe 100%% ${HOME} $USER x\\\\"};
+        QTest::newRow("odd folder, numeric account")
+            << "" << "odd $x %i ;b" << "1234" << ""
+            << QStringList {"ExecStart=\"<folder>/odd $x %%i ;b/<exe>\"",
+                            "WorkingDirectory=<folder>/odd $x %%i ;b", "User=1234"};
+        QTest::newRow("signed, checked") << "" << "" << "svc_d-1" << "valid"
+                                         << QStringList {"ExecStart=<folder>/<exe> -C "
+                                                         "checked.xml",
+                                                         "User=svc_d-1"};
+    }
+    void hostileUnits()
+    {
+        QFETCH(QString, title);
+        QFETCH(QString, subfolder);
+        QFETCH(QString, account);
+        QFETCH(QString, signature);
+        QFETCH(QStringList, lines);
+        const QString service = name + "-h" + QString::number(++units);
+        const QString unit = folder.filePath("units/" + service + ".service");
+        const QString place = subfolder.isEmpty() ? folder.path() : folder.filePath(subfolder);
+        const QString program = signature.isEmpty() ? "corvane-demo-service" : "CheckedDemo";
+        QDir().mkpath(place);
+        QVERIFY(QFile::exists(place + '/' + program)
+                || QFile::copy(signature.isEmpty() ? exe : QString(CHECKED_DEMO),
+                               place + '/' + program));
+        const QString xml = "<config><information><applicationname>%1</applicationname>"
+                            "<applicationtitle>%2</applicationtitle><applicationtype>SERVICE"
+                            "</applicationtype></information></config>";
+        const QString configuration = signature.isEmpty() ? program + ".xml" : "checked.xml";
+        writeFile(place + '/' + configuration, xml.arg(service, title.toHtmlEscaped()).toUtf8());
+        if (signature == "valid")
+            QCOMPARE(run(SIGN_PROGRAM, {"sign", place + '/' + configuration}).exitCode, 0);
+        QStringList arguments {"-i"};
+        if (!signature.isEmpty())
+            arguments = QStringList {"-C", configuration} + arguments;
+        if (!account.isEmpty())
+            arguments << account;
+        const Run install = run(place + '/' + program, arguments, environment);
+        if (lines.isEmpty()) {
+            QCOMPARE(install.outcome(), "1 The service " + service + " could not be installed\n");
+            QVERIFY2(install.err.contains("install: "), qPrintable(install.err));
+            QVERIFY(!QFile::exists(unit));
+            return;
+        }
+        QCOMPARE(install.outcome(),
+                 "0 The service " + service + " has been installed under: " + unit + "\n");
+        const QString written = readFile(unit);
+        for (QString line : lines)
+            QVERIFY2(written.split('\n').contains(
+                         line.replace("<folder>", folder.path()).replace("<exe>", program)),
+                     qPrintable(line + " in:\n" + written));
+        const Run verify
+            = run(QStandardPaths::findExecutable("systemd-analyze"), {"verify", "--man=no", unit});
+        QCOMPARE(QString(verify.err).remove(QRegularExpression(".*Special user.*\n")) + verify.outcome(),
+                 "0 ");
+        QCOMPARE(run(place + '/' + program, arguments.mid(0, arguments.indexOf("-i")) << "-u",
+                     environment)
+                     .exitCode,
+                 0);
     }
 
     void installedUnit_data()
@@ -218,6 +315,75 @@ private slots:
         QVERIFY2(waitUntilGone(daemons[0], 30000), "the stopped daemon is still running");
         QCOMPARE(log().count(deinitialized), 1);
         QVERIFY(control({"-v"}).out.endsWith("is not installedand not running\n\n"));
+    }
+
+    // Started under umask 000 with a descriptor open and from another folder, the daemon starts
+    // as systemd would start it: umask 0022, none of the starter's descriptors, every descriptor
+    // of its own closed on exec, its folders and files not writable by others.
+    void daemonStartsClean()
+    {
+        configure(name);
+        const QString inherited = folder.filePath("inherited");
+        writeFile(inherited, "x");
+        const Run start = run("/bin/sh",
+                              {"-c", "umask 000; exec 7<\"$1\"; cd \"$2\"; exec ./corvane-demo-service",
+                               "sh", inherited, folder.path()},
+                              environment);
+        QCOMPARE(start.outcome(), "0 ");
+        const QList<qint64> daemons = processesOf(exe);
+        QCOMPARE(daemons.size(), 1);
+        const QString proc = QStringLiteral("/proc/%1/").arg(daemons[0]);
+        QVERIFY(readFile(proc + "status").contains("\nUmask:\t0022\n"));
+        QCOMPARE(QFileInfo(proc + "cwd").symLinkTarget(), folder.path()); // the start-up's
+        for (const QString& fd : QDir(proc + "fd").entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)) {
+            const QString target = QFile::symLinkTarget(proc + "fd/" + fd);
+            QVERIFY2(target != inherited, qPrintable(fd));
+            const QByteArray flags
+                = readFile(proc + "fdinfo/" + fd).split('\n').value(1).split('\t').value(1);
+            QVERIFY2(fd.toInt() <= 2 || (flags.toInt(nullptr, 8) & O_CLOEXEC),
+                     qPrintable(fd + " " + target + " without close-on-exec: " + flags));
+        }
+        QTRY_VERIFY2_WITH_TIMEOUT(log().contains("heartbeat 1\n"), qPrintable(log()), 30000);
+        const QFile::Permissions others = QFile::WriteGroup | QFile::WriteOther;
+        QCOMPARE(QFileInfo(folder.filePath("logs/corvane-demo-service.log")).permissions() & others,
+                 QFile::Permissions());
+        const QString runtime = ::geteuid() == 0 ? "/run/" + name
+                                                 : qEnvironmentVariable("XDG_RUNTIME_DIR") + "/" + name;
+        QCOMPARE(QFileInfo(runtime).permissions() & (others | QFile::ReadOther | QFile::ExeOther),
+                 QFile::Permissions());
+        QCOMPARE(control({"-t"}).exitCode, 0);
+        QVERIFY(waitUntilGone(daemons[0], 30000));
+    }
+
+    // Only the daemon itself tells its starter that it is ready: a READY=1 that anyone else
+    // sends to the starter's socket does not count, the daemon's failure does.
+    void readinessFromTheDaemonOnly()
+    {
+        const QString hold = folder.filePath("hold");
+        QFile::remove(hold);
+        configure(name, blocker.arg("<holdUntil>" + hold
+                                    + "</holdUntil><failInitialize>true</failInitialize>"));
+        QProcess starter;
+        starter.setProcessEnvironment(environment);
+        starter.start(exe, QStringList());
+        QTRY_VERIFY_WITH_TIMEOUT(log().contains("test: Blocker holding"), 30000);
+        const QRegularExpression socketName(
+            QStringLiteral("@(corvane-notify-%1-\\w+)").arg(starter.processId()));
+        const QString name = socketName.match(readFile("/proc/net/unix")).captured(1);
+        QVERIFY(!name.isEmpty());
+        const int stranger = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+        sockaddr_un address {AF_UNIX, {}};
+        memcpy(address.sun_path + 1, name.toLatin1().constData(), size_t(name.size()));
+        const auto length = socklen_t(offsetof(sockaddr_un, sun_path) + 1 + size_t(name.size()));
+        QCOMPARE(::sendto(stranger, "READY=1", 7, 0, reinterpret_cast<sockaddr*>(&address), length),
+                 ssize_t(7));
+        ::close(stranger);
+        QVERIFY(!starter.waitForFinished(2000));
+        writeFile(hold, "go");
+        QVERIFY(starter.waitForFinished(60000));
+        QCOMPARE(QString::number(starter.exitCode()) + ' ' + starter.readAllStandardOutput(),
+                 "1 The service " + this->name + " could not start\n");
+        QVERIFY(QTest::qWaitFor([&] { return processesOf(exe).isEmpty(); }, 10000));
     }
 
     void underSystemd_data()
