@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <numeric>
+#include <poll.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
@@ -49,6 +51,49 @@ struct NotifySocket
     }
     QByteArray sent() { return read().texts.join('|'); } // all but the pings, in order
 };
+
+// A peer of the control socket that connects and then does as it pleases; -1 when it cannot.
+int connectTo(const QString& path)
+{
+    const int fd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    sockaddr_un address {AF_UNIX, {}};
+    qstrncpy(address.sun_path, QFile::encodeName(path), sizeof address.sun_path);
+    if (::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
+        ::close(fd);
+        return -1;
+    }
+    return fd;
+}
+
+// Sends requests and never reads an answer, until the server closes the connection or the
+// bytes are sent; how many were sent.
+qint64 flood(int fd, qint64 bytes)
+{
+    const QByteArray requests = QByteArray("x\n").repeated(32 * 1024);
+    qint64 sent = 0;
+    while (sent < bytes) {
+        pollfd writable {fd, POLLOUT, 0};
+        if (::poll(&writable, 1, 20000) != 1 || (writable.revents & (POLLERR | POLLHUP)) != 0)
+            break;
+        const ssize_t count = ::send(fd, requests.constData(), size_t(requests.size()), MSG_NOSIGNAL);
+        if (count < 0 && errno != EAGAIN)
+            break;
+        sent += std::max<ssize_t>(count, 0);
+    }
+    return sent;
+}
+
+qint64 statusValue(qint64 pid, const QByteArray& key) // kB
+{
+    const QByteArray status = readFile(QStringLiteral("/proc/%1/status").arg(pid));
+    const int at = status.indexOf("\n" + key + ":");
+    return at < 0 ? -1 : status.mid(at + key.size() + 2).simplified().split(' ').value(0).toLongLong();
+}
+
+int descriptorsOf(qint64 pid)
+{
+    return QDir(QStringLiteral("/proc/%1/fd").arg(pid)).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
+}
 } // namespace
 
 // The demo's service executable in a temporary folder, with a service name and a unit folder
@@ -353,6 +398,65 @@ private slots:
                  QFile::Permissions());
         QCOMPARE(control({"-t"}).exitCode, 0);
         QVERIFY(waitUntilGone(daemons[0], 30000));
+    }
+
+    void boundedPeers_data()
+    {
+        QTest::addColumn<QString>("peers");
+        QTest::addColumn<QString>("warning"); // the one line in the log, before " on <socket>"
+        QTest::newRow("300 idle") << "idle" << "more than 64 connections, the oldest one closed";
+        QTest::newRow("unread flood")
+            << "flood" << "a connection with more than 65536 bytes unread closed";
+        QTest::newRow("descriptors exhausted")
+            << "exhaust" << "no descriptor left for a new connection, the oldest one closed";
+    }
+    // Peers of the same user that hold connections, flood them without reading the answers, or
+    // use up the daemon's descriptors: the daemon holds at most 64 connections, its memory does
+    // not follow the flood, its socket file stays, it says so once in its log, and it keeps
+    // answering: "-v" sees it running, a second start is refused, "-t" stops it.
+    void boundedPeers()
+    {
+        QFETCH(QString, peers);
+        QFETCH(QString, warning);
+        configure(name);
+        QCOMPARE(control({}).exitCode, 0);
+        const QList<qint64> daemons = processesOf(exe);
+        QCOMPARE(daemons.size(), 1);
+        const qint64 daemon = daemons[0];
+        const QString socket = (::geteuid() == 0 ? "/run/" : qEnvironmentVariable("XDG_RUNTIME_DIR") + "/")
+            + name + "/control";
+        QVERIFY(QFileInfo(socket).exists());
+        const int descriptors = descriptorsOf(daemon);
+        const qint64 peak = statusValue(daemon, "VmHWM");
+        QList<int> held;
+        if (peers == "exhaust") {
+            // Room for three more descriptors (and the gaps below the highest one).
+            rlimit limit {0, 0};
+            for (const QString& fd : QDir(QStringLiteral("/proc/%1/fd").arg(daemon))
+                                         .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot))
+                limit.rlim_cur = limit.rlim_max = std::max(limit.rlim_cur, rlim_t(fd.toInt() + 4));
+            QCOMPARE(::prlimit(pid_t(daemon), RLIMIT_NOFILE, &limit, nullptr), 0);
+        }
+        for (int i = 0; i < (peers == "flood" ? 4 : peers == "idle" ? 300 : 20); ++i) {
+            held << connectTo(socket);
+            QVERIFY(held.last() >= 0);
+            if (peers == "flood")
+                QVERIFY(flood(held.last(), 4 << 20) < (4 << 20)); // closed on the way
+        }
+        const QString line = "controlPeer: " + warning + " on " + socket;
+        QTRY_VERIFY2_WITH_TIMEOUT(log().contains(line), qPrintable(log().right(2000)), 10000);
+        QVERIFY(descriptorsOf(daemon) <= descriptors + 64);
+        QVERIFY2(statusValue(daemon, "VmHWM") - peak < 16 * 1024,
+                 qPrintable(QString::number(statusValue(daemon, "VmHWM") - peak)));
+        QVERIFY(QFileInfo(socket).exists());
+        QVERIFY(control({"-v"}).out.endsWith("is not installedand running\n\n"));
+        QCOMPARE(control({}).outcome(), "1 The service " + name + " could not start\n");
+        QCOMPARE(processesOf(exe), QList<qint64> {daemon});
+        QCOMPARE(control({"-t"}).outcome(), "0 ");
+        QVERIFY(waitUntilGone(daemon, 30000));
+        for (const int fd : held)
+            ::close(fd);
+        QCOMPARE(log().count("controlPeer: "), 1);
     }
 
     // Only the daemon itself tells its starter that it is ready: a READY=1 that anyone else
