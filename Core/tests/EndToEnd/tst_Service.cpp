@@ -5,6 +5,8 @@
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <pwd.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 
 namespace {
@@ -105,6 +107,7 @@ class tst_Service : public QObject
 
     QTemporaryDir folder;
     int units = 0;
+    QString account; // created for the test of a User= service
     const QString exe = folder.filePath("corvane-demo-service");
     const QString name = QStringLiteral("tst-service-%1").arg(QCoreApplication::applicationPid());
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -134,6 +137,14 @@ private slots:
             environment.remove(variable); // Qt's messages as bare texts; no systemd
     }
     void init() { QFile::remove(folder.filePath("logs/corvane-demo-service.log")); }
+    void cleanupTestCase()
+    {
+        const QString runtime = ::geteuid() == 0 ? "/run" : qEnvironmentVariable("XDG_RUNTIME_DIR");
+        for (const QString& left : QDir(runtime).entryList({name + "*"}, QDir::Dirs))
+            QVERIFY(QDir(runtime + '/' + left).removeRecursively());
+        if (!account.isEmpty())
+            QCOMPARE(run(QStandardPaths::findExecutable("userdel"), {account}).exitCode, 0);
+    }
     void cleanup()
     {
         QVERIFY(killProcessesOf(exe));
@@ -457,6 +468,78 @@ private slots:
         for (const int fd : held)
             ::close(fd);
         QCOMPARE(log().count("controlPeer: "), 1);
+    }
+
+    void userService_data()
+    {
+        QTest::addColumn<bool>("serviceEnvironment"); // root's actions see RUNTIME_DIRECTORY
+        QTest::newRow("root's environment") << false;
+        QTest::newRow("the service's environment") << true;
+    }
+    // systemd starts a User= service as that user, without XDG_RUNTIME_DIR, in a runtime folder
+    // /run/<name> of the user's own (RUNTIME_DIRECTORY), telling NOTIFY_SOCKET: root's "-v" and
+    // "-t" find it there.
+    void userService()
+    {
+        QFETCH(bool, serviceEnvironment);
+        const QString useradd = QStandardPaths::findExecutable("useradd");
+        const QString setpriv = QStandardPaths::findExecutable("setpriv");
+        if (::geteuid() != 0 || useradd.isEmpty() || setpriv.isEmpty())
+            QSKIP("needs root, useradd and setpriv to run the service as another user");
+        if (account.isEmpty()) {
+            account = QStringLiteral("tstsvc%1").arg(QCoreApplication::applicationPid());
+            QCOMPARE(run(useradd, {"--system", "--no-create-home", "--shell", "/usr/sbin/nologin",
+                                   account})
+                         .exitCode,
+                     0);
+        }
+        const passwd* user = ::getpwnam(account.toLocal8Bit().constData());
+        QVERIFY(user != nullptr);
+        // What the service user runs, in a folder that user can read whatever the checkout's.
+        QTemporaryDir shared;
+        QVERIFY(::chmod(QFile::encodeName(shared.path()).constData(), 0755) == 0);
+        const QString program = shared.filePath("corvane-demo-service");
+        QVERIFY(copyInto(shared.path(), DEMO_FOLDER,
+                         QStringList {"corvane-demo-service", "corvane-demo-service.properties",
+                                      "libInventory.so", "libHeartbeat.so", "inventory.csv"}
+                             + QDir(DEMO_FOLDER).entryList({"libCorvaneCore.so.*"})));
+        const QString service = name + "-user";
+        const QString xml = "<config><information><applicationname>%1</applicationname>"
+                            "<applicationtype>SERVICE</applicationtype></information>"
+                            "<plugins>%2</plugins></config>";
+        writeFile(shared.filePath("corvane-demo-service.xml"), xml.arg(service, plugins).toUtf8());
+        const QString runtime = "/run/" + service;
+        for (const QString& owned : {shared.filePath("logs"), runtime}) {
+            QVERIFY(QDir().mkpath(owned));
+            QVERIFY(::chmod(QFile::encodeName(owned).constData(), 0700) == 0);
+            QVERIFY(::chown(QFile::encodeName(owned).constData(), user->pw_uid, user->pw_gid) == 0);
+        }
+        NotifySocket socket(shared.filePath("notify"));
+        QVERIFY(::chmod(QFile::encodeName(shared.filePath("notify")).constData(), 0666) == 0);
+
+        QProcessEnvironment asService = environment;
+        asService.remove("XDG_RUNTIME_DIR");
+        asService.insert("RUNTIME_DIRECTORY", runtime);
+        asService.insert("INVOCATION_ID", "0123456789abcdef0123456789abcdef");
+        QProcessEnvironment forService = asService;
+        forService.insert("NOTIFY_SOCKET", shared.filePath("notify"));
+        forService.insert("LD_LIBRARY_PATH", shared.path());
+        QProcess process;
+        process.setProcessEnvironment(forService);
+        process.start(setpriv, {"--reuid=" + QString::number(user->pw_uid),
+                                "--regid=" + QString::number(user->pw_gid), "--clear-groups",
+                                program});
+        QTRY_VERIFY2_WITH_TIMEOUT(socket.sent().contains("READY=1"),
+                                  socket.sent() + process.readAllStandardError(), 60000);
+        QCOMPARE(QFileInfo(runtime + "/control").ownerId(), user->pw_uid);
+
+        const QProcessEnvironment asRoot = serviceEnvironment ? asService : environment;
+        QVERIFY(run(program, {"-v"}, asRoot).out.endsWith("is not installedand running\n\n"));
+        QCOMPARE(run(program, {"-t"}, asRoot).outcome(), "0 ");
+        QVERIFY(process.waitForFinished(30000));
+        QCOMPARE(process.exitStatus() + process.exitCode(), 0);
+        QVERIFY(run(program, {"-v"}, asRoot).out.endsWith("is not installedand not running\n\n"));
+        QVERIFY(QDir(runtime).removeRecursively());
     }
 
     // Only the daemon itself tells its starter that it is ready: a READY=1 that anyone else
