@@ -12,6 +12,7 @@
 #include <QHash>
 #include <QMutex>
 #include <QMutexLocker>
+#include <QRegularExpression>
 #include <QXmlStreamReader>
 
 namespace corvane {
@@ -130,22 +131,83 @@ QString ConfigurationManager::getFilePath(const QString& applicationFilePath,
     return directory + executable.baseName() + QStringLiteral(".xml");
 }
 
-// Whether elements nest deeper than the DOM parser can take, found without recursion; a
-// document that is not well-formed is left to the DOM parser to explain.
-bool ConfigurationManager::isNestedTooDeeply(QIODevice& device)
+namespace {
+
+const QRegularExpression entityReference(QStringLiteral("&([A-Za-z_:][\\w.:-]*);"));
+
+// The characters that the entity's text grows to, its references expanded; more than limit
+// stops counting. A chain deeper than the parser's own guard counts as too large.
+qint64 expandedSize(const QString& name, const QHash<QString, QString>& values,
+                    QHash<QString, qint64>& known, qint64 limit, int depth = 0)
 {
-    QXmlStreamReader reader(&device);
+    if (known.contains(name)) {
+        return known.value(name);
+    }
+    if (depth > ConfigurationManager::maximumNestingDepth) {
+        return limit + 1;
+    }
+    known.insert(name, 0); // a cycle the parser refuses anyway
+    const QString value = values.value(name);
+    qint64 size = value.size();
+    QRegularExpressionMatchIterator references = entityReference.globalMatch(value);
+    while (references.hasNext() && size <= limit) {
+        const QRegularExpressionMatch reference = references.next();
+        size += expandedSize(reference.captured(1), values, known, limit, depth + 1)
+            - reference.capturedLength();
+    }
+    known.insert(name, size);
+    return size;
+}
+
+} // namespace
+
+// Whether the document is larger than the DOM parser should build: a file larger than a
+// configuration is, more text than it holds once entities are expanded (counted from the
+// declarations and the references, without expanding them), or elements nested deeper than the
+// parser can take (it recurses), found streaming. The error text, empty when within the limits;
+// a document that is not well-formed is left to the DOM parser to explain.
+QString ConfigurationManager::checkLimits(const QString& path, QIODevice& device)
+{
+    if (device.size() > maximumFileSize) {
+        return QStringLiteral("Config file '%1' is larger than %2 bytes.")
+            .arg(path)
+            .arg(maximumFileSize);
+    }
+    const QString content = QString::fromUtf8(device.readAll());
+    QHash<QString, QString> values;
+    QXmlStreamReader declarations(content);
+    while (!declarations.atEnd() && declarations.readNext() != QXmlStreamReader::StartElement) {
+        for (const QXmlStreamEntityDeclaration& entity : declarations.entityDeclarations()) {
+            values.insert(entity.name().toString(), entity.value().toString());
+        }
+    }
+    QHash<QString, qint64> known;
+    qint64 characters = content.size();
+    QRegularExpressionMatchIterator references = entityReference.globalMatch(content);
+    while (references.hasNext() && characters <= maximumExpandedSize) {
+        const QRegularExpressionMatch reference = references.next();
+        characters += expandedSize(reference.captured(1), values, known, maximumExpandedSize);
+    }
+    if (characters > maximumExpandedSize) {
+        return QStringLiteral("Config file '%1' expands to more than %2 characters.")
+            .arg(path)
+            .arg(maximumExpandedSize);
+    }
+
+    QXmlStreamReader reader(content);
     int depth = 0;
     while (!reader.atEnd()) {
         const QXmlStreamReader::TokenType token = reader.readNext();
         if (token == QXmlStreamReader::StartElement && ++depth > maximumNestingDepth) {
-            return true;
+            return QStringLiteral("Config file '%1' is nested more than %2 levels deep.")
+                .arg(path)
+                .arg(maximumNestingDepth);
         }
         if (token == QXmlStreamReader::EndElement) {
             --depth;
         }
     }
-    return false;
+    return QString();
 }
 
 QString ConfigurationManager::getRootElement(const QString& path, QDomElement& root)
@@ -159,13 +221,11 @@ QString ConfigurationManager::getRootElement(const QString& path, QDomElement& r
         return QStringLiteral("Cannot open config file: ") + path;
     }
 
-    if (isNestedTooDeeply(file)) {
+    const QString limit = checkLimits(path, file);
+    if (!limit.isEmpty()) {
         file.close();
-        const QString error = QStringLiteral("Config file '%1' is nested more than %2 levels deep.")
-                                  .arg(path)
-                                  .arg(maximumNestingDepth);
-        qCritical().noquote() << error;
-        return error;
+        qCritical().noquote() << limit;
+        return limit;
     }
     file.seek(0);
 

@@ -72,9 +72,14 @@ public:
 
     /// Elements nested deeper than this are refused before the DOM parser, which recurses.
     static constexpr int maximumNestingDepth = 1000;
+    /// Configuration files larger than this (bytes) are refused unread.
+    static constexpr qint64 maximumFileSize = 1024 * 1024;
+    /// Documents whose text and attribute values, entities expanded, hold more characters than
+    /// this are refused before the DOM parser builds them.
+    static constexpr qint64 maximumExpandedSize = 4 * 1024 * 1024;
 
 private:
-    static bool isNestedTooDeeply(QIODevice& device);
+    static QString checkLimits(const QString& path, QIODevice& device);
     ConfigurationManager();
     Q_DISABLE_COPY(ConfigurationManager)
 

@@ -33,7 +33,7 @@ void writeSignal(int number)
 
 CoreApplication::CoreApplication(int& argc, char** argv) : QCoreApplication(argc, argv)
 {
-    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, signalPipe) != 0) {
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, signalPipe) != 0) {
         throw "Can't register CTRL+c for application exit.";
     }
     signalNotifier = new QSocketNotifier(signalPipe[0], QSocketNotifier::Read, this);
@@ -85,6 +85,7 @@ void CoreApplication::handleSignal()
         qInfo("handleSignal: SIGHUP, reading the logging properties again");
         Service::notify(QStringLiteral("RELOADING=1"));
         LoggingManager::instance()->reload();
+        Service::closeOnExec();
         Service::notify(QStringLiteral("READY=1"));
         return;
     }

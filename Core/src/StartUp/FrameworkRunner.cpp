@@ -243,6 +243,10 @@ int FrameworkRunner::runServiceApplication(int argc, char** argv)
                                                  &watchdogSeconds)) {
         controller.setWatchdogSeconds(watchdogSeconds);
     }
+    if (checkSignature) {
+        controller.setSignatureCheck(
+            ConfigurationManager::getFilePath(QDir::cleanPath(arguments.value(0)), arguments));
+    }
     if (!controller.runsService()) {
         return controller.runAction();
     }

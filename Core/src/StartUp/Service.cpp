@@ -4,6 +4,7 @@
 #include "Plugins/PluginManager.h"
 #include "StartUp/CoreApplication.h"
 #include "StartUp/ServiceControlServer.h"
+#include "StartUp/ServiceController.h"
 #include "StartUp/StartUpManager.h"
 
 #include <QDebug>
@@ -12,6 +13,9 @@
 #include <QTimer>
 
 #include <limits>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <systemd/sd-daemon.h>
 
@@ -47,6 +51,21 @@ int Service::exec()
     return application->exec();
 }
 
+// Descriptors that others opened for the library without close-on-exec (log4cplus's log files)
+// get it, so that processes that plug-ins start inherit none of them.
+void Service::closeOnExec()
+{
+    const QStringList descriptors = QDir(QStringLiteral("/proc/self/fd"))
+                                        .entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot);
+    for (const QString& entry : descriptors) {
+        const int descriptor = entry.toInt();
+        const int flags = descriptor > STDERR_FILENO ? ::fcntl(descriptor, F_GETFD) : -1;
+        if (flags >= 0 && (flags & FD_CLOEXEC) == 0) {
+            ::fcntl(descriptor, F_SETFD, flags | FD_CLOEXEC);
+        }
+    }
+}
+
 // Runs on the event loop: a stop that arrived meanwhile is handled right after. Under systemd
 // (and when started as a daemon) the start is told through NOTIFY_SOCKET: its phases as STATUS,
 // READY=1 once the framework runs, or the failure before the process ends with 1.
@@ -56,6 +75,7 @@ void Service::slotStart()
     const QMetaObject::Connection phases
         = connect(plugins, &PluginManager::signalStartPhase, this,
                   [](const QString& phase) { notify(QStringLiteral("STATUS=") + phase); });
+    closeOnExec();
     try {
         StartUpManager::instance()->initialize();
         disconnect(phases);
@@ -63,7 +83,11 @@ void Service::slotStart()
             throw exceptions::PluginManagerException(plugins, QStringLiteral("slotInitialize"),
                                                      plugins->startFailure());
         }
-        QDir().mkpath(QFileInfo(controlSocket).absolutePath());
+        if (!ServiceController::makeControlFolder(controlSocket)) {
+            throw exceptions::ConnectException(
+                this, QStringLiteral("slotStart"),
+                QStringLiteral("No private folder for the control socket ") + controlSocket);
+        }
         control = new ServiceControlServer;
         connect(control, &ServiceControlServer::stopRequested, application.get(), [this] {
             QCoreApplication::postEvent(application.get(), new QEvent(QEvent::Quit));

@@ -41,6 +41,8 @@ public:
 
     /// Tells systemd (NOTIFY_SOCKET) a state such as "READY=1"; nothing without systemd.
     static void notify(const QString& state);
+    /// Sets close-on-exec on every descriptor above standard error that lacks it.
+    static void closeOnExec();
 
 signals:
     /// The service was asked to pause ("-p").

@@ -1,8 +1,12 @@
 #include "StartUp/ServiceController.h"
 
+#include "Configuration/FileSignature.h"
+#include "Logging/LoggingManager.h"
+#include "StartUp/ManagerRegistry.h"
 #include "StartUp/ServiceControlServer.h"
 
 #include <QCoreApplication>
+#include <QDebug>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -20,6 +24,7 @@
 #include <poll.h>
 #include <spawn.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -62,25 +67,103 @@ bool asRoot()
 // How long a daemon may take to report that it is ready, as long as systemd's default.
 constexpr int daemonStartTimeout = 90000;
 
+// A folder that only this user can reach: owned by the user, no symbolic link, and neither
+// group nor others may write in it (nor, with privateMode, enter it).
+bool isOwnFolder(const QString& path, bool privateMode)
+{
+    struct stat status = {};
+    return ::lstat(QFile::encodeName(path).constData(), &status) == 0 && S_ISDIR(status.st_mode)
+        && status.st_uid == ::geteuid()
+        && (status.st_mode & (privateMode ? mode_t(S_IRWXG | S_IRWXO) : mode_t(S_IWGRP | S_IWOTH)))
+        == 0;
+}
+
+// Creates the folder 0700 unless it is there; whether it is the user's own as isOwnFolder says.
+bool makeOwnFolder(const QString& path, bool privateMode)
+{
+    ::mkdir(QFile::encodeName(path).constData(), 0700);
+    if (isOwnFolder(path, privateMode)) {
+        return true;
+    }
+    qCritical().noquote() << QStringLiteral("controlSocket: ") + path
+            + QStringLiteral(" is not a private folder of this user; refused.");
+    return false;
+}
+
+// The user's runtime folder: $XDG_RUNTIME_DIR, else a folder of the user's own in the temporary
+// folder, created 0700 and checked before use (empty when it cannot be used).
 QString userRuntimeDirectory()
 {
     const QByteArray xdg = qgetenv("XDG_RUNTIME_DIR");
-    return xdg.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation)
-                         : QString::fromLocal8Bit(xdg);
+    if (!xdg.isEmpty()) {
+        return QString::fromLocal8Bit(xdg);
+    }
+    const QString fallback = QDir::tempPath() + QStringLiteral("/corvane-runtime-%1").arg(::geteuid());
+    return makeOwnFolder(fallback, true) ? fallback : QString();
 }
 
-// One argument of a unit's Exec line: quoted when it holds blanks or quotes; "%" and "$" keep
-// their literal meaning.
-QString unitArgument(QString argument)
+// Characters that systemd-escape leaves as they are; a leading dot it escapes.
+bool isUnitName(const QString& name)
 {
-    argument.replace(QLatin1Char('%'), QLatin1String("%%"))
-        .replace(QLatin1Char('$'), QLatin1String("$$"));
+    static const QRegularExpression plain(QStringLiteral("^[A-Za-z0-9:_-][A-Za-z0-9:_.-]*$"));
+    return plain.match(name).hasMatch();
+}
+
+// Control characters, line breaks and line or paragraph separators end a line of a unit file,
+// or would be part of it unseen.
+bool hasControlCharacters(const QString& text)
+{
+    return std::any_of(text.begin(), text.end(), [](QChar c) {
+        return c.category() == QChar::Other_Control || c == QChar::LineSeparator
+            || c == QChar::ParagraphSeparator;
+    });
+}
+
+// A user name as systemd takes it for User= without a warning: a strict POSIX-style name, or a
+// number.
+bool isAccountName(const QString& account)
+{
+    static const QRegularExpression valid(
+        QStringLiteral("^([A-Za-z_][A-Za-z0-9_-]{0,31}|[0-9]{1,10})$"));
+    return valid.match(account).hasMatch();
+}
+
+// Free text for a unit's value: "%" keeps its literal meaning, and a trailing backslash does not
+// join the next line.
+QString unitText(QString text)
+{
+    text = text.trimmed().replace(QLatin1Char('%'), QLatin1String("%%"));
+    int backslashes = 0;
+    while (backslashes < text.size() && text.at(text.size() - 1 - backslashes) == QLatin1Char('\\')) {
+        ++backslashes;
+    }
+    return backslashes % 2 == 0 ? text : text + QLatin1Char('\\');
+}
+
+// One word of a unit's Exec line: quoted when it holds blanks, quotes or backslashes; "%" and
+// "$" keep their literal meaning ("$" is doubled in arguments only: systemd does not expand
+// variables in the command, and refuses "$$" there).
+QString unitArgument(QString argument, bool isCommand = false)
+{
+    argument.replace(QLatin1Char('%'), QLatin1String("%%"));
+    if (!isCommand) {
+        argument.replace(QLatin1Char('$'), QLatin1String("$$"));
+    }
     if (argument.contains(QRegularExpression(QStringLiteral("[\\s\"'\\\\;]")))) {
         argument.replace(QLatin1Char('\\'), QLatin1String("\\\\"))
             .replace(QLatin1Char('"'), QLatin1String("\\\""));
         argument = QLatin1Char('"') + argument + QLatin1Char('"');
     }
     return argument;
+}
+
+// The executable to start again: argv[0] made absolute, or the running executable when argv[0]
+// was found through PATH.
+QString executablePath(const QString& argument)
+{
+    return argument.contains(QLatin1Char('/'))
+        ? QDir::cleanPath(QFileInfo(argument).absoluteFilePath())
+        : QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
 }
 
 // A datagram socket in the abstract namespace, as systemd's NOTIFY_SOCKET; its name or empty.
@@ -95,17 +178,36 @@ QByteArray bindNotifySocket(int socket)
     return ::bind(socket, reinterpret_cast<sockaddr*>(&address), length) == 0 ? name : QByteArray();
 }
 
-// What the daemon reports: "READY=1" and the last "STATUS=" text.
+// What the daemon reports: "READY=1" and the last "STATUS=" text. Anyone may find the socket's
+// name and write to it: only what the daemon itself sends counts, known by the sender's process
+// id that the kernel attaches (SO_PASSCRED).
 struct Readiness
 {
     bool ready = false;
     QString status;
 
-    void read(int socket)
+    void read(int socket, pid_t daemon)
     {
         char buffer[4096];
-        const ssize_t size = ::recv(socket, buffer, sizeof buffer, MSG_DONTWAIT);
+        alignas(cmsghdr) char control[CMSG_SPACE(sizeof(ucred))];
+        iovec data {buffer, sizeof buffer};
+        msghdr message {};
+        message.msg_iov = &data;
+        message.msg_iovlen = 1;
+        message.msg_control = control;
+        message.msg_controllen = sizeof control;
+        const ssize_t size = ::recvmsg(socket, &message, MSG_DONTWAIT);
         if (size <= 0) {
+            return;
+        }
+        const cmsghdr* header = CMSG_FIRSTHDR(&message);
+        ucred sender = {};
+        if (header == nullptr || header->cmsg_level != SOL_SOCKET
+            || header->cmsg_type != SCM_CREDENTIALS) {
+            return;
+        }
+        std::memcpy(&sender, CMSG_DATA(header), sizeof sender);
+        if (sender.pid != daemon) {
             return;
         }
         for (const QByteArray& line : QByteArray(buffer, int(size)).split('\n')) {
@@ -162,11 +264,23 @@ QString ServiceController::serviceName() const
 }
 
 // Where systemd keeps a service's runtime folder (RuntimeDirectory=), also when the service
-// was started without systemd.
+// was started without systemd: the service itself is told it in RUNTIME_DIRECTORY (also when it
+// runs under another account, User=), root finds it in /run. Empty when the user has no private
+// folder for it.
 QString ServiceController::controlSocket() const
 {
+    const QString runtimeDirectory
+        = QString::fromLocal8Bit(qgetenv("RUNTIME_DIRECTORY")).section(QLatin1Char(':'), 0, 0);
+    if (!runtimeDirectory.isEmpty() && runsHere() && !inForeground()) {
+        return runtimeDirectory + QStringLiteral("/control");
+    }
     const QString base = asRoot() ? QStringLiteral("/run") : userRuntimeDirectory();
-    return base + QLatin1Char('/') + name + QStringLiteral("/control");
+    return base.isEmpty() ? QString() : base + QLatin1Char('/') + name + QStringLiteral("/control");
+}
+
+bool ServiceController::makeControlFolder(const QString& socket)
+{
+    return !socket.isEmpty() && makeOwnFolder(QFileInfo(socket).absolutePath(), false);
 }
 
 QString ServiceController::unitFile() const
@@ -231,7 +345,46 @@ bool ServiceController::validName() const
         qWarning("ServiceController: 'name' contains backslashes '\\'.");
         return false;
     }
+    if (!isUnitName(name)) {
+        qWarning("ServiceController: 'name' is no valid unit name: letters, digits and \":_.-\" "
+                 "only, not beginning with a dot.");
+        return false;
+    }
     return true;
+}
+
+void ServiceController::setSignatureCheck(const QString& configurationFile)
+{
+    signedConfiguration = configurationFile;
+}
+
+// Why the unit cannot be written as asked: a text that would break out of its line, an account
+// or a path that systemd does not take, a configuration whose signature fails; empty when
+// nothing stands in the way.
+QString ServiceController::installObstacle(const QString& account) const
+{
+    if (hasControlCharacters(description)) {
+        return QStringLiteral("the title holds control characters or line breaks");
+    }
+    const bool localSystem = account.endsWith(QLatin1String("\\LocalSystem"));
+    if (!account.isEmpty() && !localSystem && !isAccountName(account)) {
+        return QStringLiteral("the account is no user name that systemd takes");
+    }
+    // systemd refuses quotes, backslashes and control characters in a command's path.
+    const QString executable = executablePath(arguments.value(0));
+    if (executable.contains(QRegularExpression(QStringLiteral("[\"'\\\\\\x00-\\x1f\\x7f]")))
+        || hasControlCharacters(configuration)) {
+        return QStringLiteral("systemd cannot start a command at ") + executable;
+    }
+    if (!signedConfiguration.isEmpty()) {
+        // The signature code logs through the logging manager, which an action does not start.
+        ManagerRegistry::instance()->registerManager(*LoggingManager::instance());
+    }
+    if (!signedConfiguration.isEmpty() && !FileSignature().isValid(signedConfiguration, false)) {
+        return QStringLiteral("Signature check for configuration file has found an error: ")
+            + signedConfiguration;
+    }
+    return QString();
 }
 
 int ServiceController::install()
@@ -241,16 +394,20 @@ int ServiceController::install()
         std::printf("The service %s is already installed\n", service.constData());
         return 1;
     }
-    const QFileInfo executable(QFileInfo(arguments.value(0)).absoluteFilePath());
     const QString account = arguments.value(2);
+    const QString obstacle = installObstacle(account);
+    if (!obstacle.isEmpty()) {
+        qCritical().noquote() << QStringLiteral("install: ") + obstacle;
+        std::printf("The service %s could not be installed\n", service.constData());
+        return 1;
+    }
+    const QFileInfo executable(executablePath(arguments.value(0)));
     QString unit
         = QStringLiteral("[Unit]\nDescription=%1\n\n[Service]\nType=notify\nExecStart=%2\n"
                          "ExecReload=/bin/kill -HUP $MAINPID\nWorkingDirectory=%3\n"
-                         "Restart=on-failure\nRuntimeDirectory=%4\n")
-              .arg(
-                  description.isEmpty() ? name : description, execStart(),
-                  QString(executable.absolutePath()).replace(QLatin1Char('%'), QLatin1String("%%")),
-                  name);
+                         "Restart=on-failure\nRuntimeDirectory=%4\nRuntimeDirectoryMode=0700\n")
+              .arg(unitText(description.isEmpty() ? name : description), execStart(),
+                   unitText(executable.absolutePath()), name);
     if (watchdogSeconds > 0) {
         unit += QStringLiteral("WatchdogSec=%1\n").arg(watchdogSeconds);
     }
@@ -336,7 +493,7 @@ void ServiceController::reloadSystemd() const
 
 QString ServiceController::execStart() const
 {
-    QStringList command {unitArgument(QFileInfo(arguments.value(0)).absoluteFilePath())};
+    QStringList command {unitArgument(executablePath(arguments.value(0)), true)};
     if (!configuration.isEmpty()) {
         command << QStringLiteral("-C") << unitArgument(configuration);
     }
@@ -344,12 +501,18 @@ QString ServiceController::execStart() const
 }
 
 // The daemon tells its readiness as it would tell systemd: through NOTIFY_SOCKET, here a socket
-// of this process. Its death before that, or silence for too long, is a failed start.
+// of this process. Its death before that, or silence for too long, is a failed start. It starts
+// as systemd would start it: umask 0022, in "/", no descriptor above 2 of this process, in a
+// session of its own.
 int ServiceController::startDaemon()
 {
     Readiness readiness;
     const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    const QByteArray socketName = socket >= 0 ? bindNotifySocket(socket) : QByteArray();
+    const int on = 1;
+    const QByteArray socketName
+        = socket >= 0 && ::setsockopt(socket, SOL_SOCKET, SO_PASSCRED, &on, sizeof on) == 0
+        ? bindNotifySocket(socket)
+        : QByteArray();
     pid_t daemon = -1;
     if (!socketName.isEmpty()) {
         QList<QByteArray> environment;
@@ -360,7 +523,8 @@ int ServiceController::startDaemon()
             }
         }
         environment << "NOTIFY_SOCKET=@" + socketName;
-        QList<QByteArray> command {local(arguments.value(0))};
+        // Absolute: the configuration is found beside it, whatever the current folder.
+        QList<QByteArray> command {local(executablePath(arguments.value(0)))};
         if (!configuration.isEmpty()) {
             command << "-C" << local(configuration);
         }
@@ -380,13 +544,17 @@ int ServiceController::startDaemon()
         posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
         posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+        posix_spawn_file_actions_addchdir_np(&actions, "/");
         posix_spawnattr_t attributes;
         posix_spawnattr_init(&attributes);
         posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
+        const mode_t umask = ::umask(022); // inherited by the daemon; this process ends soon
         if (posix_spawn(&daemon, "/proc/self/exe", &actions, &attributes, argv.data(), envp.data())
             != 0) {
             daemon = -1;
         }
+        ::umask(umask);
         posix_spawn_file_actions_destroy(&actions);
         posix_spawnattr_destroy(&attributes);
     }
@@ -409,7 +577,7 @@ int ServiceController::startDaemon()
         }
         pollfd wait = {socket, POLLIN, 0};
         if (::poll(&wait, 1, 100) > 0) {
-            readiness.read(socket);
+            readiness.read(socket, daemon);
         }
     }
     if (socket >= 0) {

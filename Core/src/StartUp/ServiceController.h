@@ -42,8 +42,8 @@ public:
     /// fork: nothing of this one's threads or libraries' state crosses over.
     int startDaemon();
 
-    /// Whether the name can name a service (at most 255 characters, no backslash); warns when
-    /// it cannot.
+    /// Whether the name can name a service (at most 255 characters, no backslash, the
+    /// characters of a unit name that need no escaping); warns when it cannot.
     bool validName() const;
     /// The service's name, as given to the constructor.
     QString serviceName() const;
@@ -54,6 +54,11 @@ public:
     QString unitFile() const;
     /// WatchdogSec= of the unit that "-i" writes; 0 for none.
     void setWatchdogSeconds(int seconds);
+    /// "-i" installs only when this configuration file's signature is valid.
+    void setSignatureCheck(const QString& configurationFile);
+    /// Creates the control socket's folder (0700) unless it is there, and checks that it is the
+    /// user's own and that no one else may write in it, with a critical line when it is not.
+    static bool makeControlFolder(const QString& socket);
 
     /// The usage text that "-h" prints, for the executable program.
     static QString usage(const QString& program);
@@ -61,6 +66,7 @@ public:
 private:
     QString action() const;
     int install();
+    QString installObstacle(const QString& account) const;
     int uninstall();
     int version();
     int control(const QString& request, const char* failure);
@@ -74,6 +80,7 @@ private:
     QString name;
     QString description;
     int watchdogSeconds = 0;
+    QString signedConfiguration; // checked before "-i" when set
 };
 
 } // namespace business

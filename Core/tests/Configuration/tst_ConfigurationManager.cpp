@@ -91,6 +91,27 @@ private slots:
         const QString deep = "Config file '<path>' is nested more than 1000 levels deep.";
         QTest::newRow("1001 levels deep") << "<config><a><a>" + levels + "</a></a></config>"
                                           << deep + opening + " / critical " + deep;
+
+        // A file of at most 1 MiB whose text, entities expanded, holds at most 4 Mi characters.
+        const QByteArray comment = "<config><!----></config>";
+        QTest::newRow("1 MiB") << QByteArray(comment).insert(12, QByteArray(1048576 - 24, ' '))
+                               << opening;
+        const QString large = "Config file '<path>' is larger than 1048576 bytes.";
+        QTest::newRow("1 MiB and a byte")
+            << QByteArray(comment).insert(12, QByteArray(1048576 - 23, ' '))
+            << large + opening + " / critical " + large;
+        // Entities of 4000 characters each (the parser takes none larger), referred to by
+        // entities and by the text.
+        const QByteArray entities = "<!DOCTYPE config [<!ENTITY a \"" + QByteArray(4000, 'x')
+            + "\"><!ENTITY b \"&a;\"><!ENTITY c \"&b;&b;\">]>";
+        QTest::newRow("4 million characters")
+            << entities + "<config>" + QByteArray("&c;").repeated(521) + "</config>" << opening;
+        const QString bomb = "Config file '<path>' expands to more than 4194304 characters.";
+        QTest::newRow("expansion bomb")
+            << entities + "<config>" + QByteArray("&c;").repeated(40000) + "</config>"
+            << bomb + opening + " / critical " + bomb;
+        QTest::newRow("in attributes") << entities + "<config a=\"" + QByteArray("&b;").repeated(1100)
+                + "\"/>" << bomb + opening + " / critical " + bomb;
     }
 
     void rootElement()

@@ -1,6 +1,6 @@
 #include "Processes.h"
 
-// The installed-to-be corvane-sign program on real files.
+// The installed-to-be corvane-sign program on real files, and how the tools find the library.
 class tst_SigningTool : public QObject
 {
     Q_OBJECT
@@ -46,6 +46,30 @@ private slots:
         QVERIFY(sign({"verify", "nope.xml"})
                     .startsWith("3 |corvane-sign: cannot read 'nope.xml': no such file"));
         QVERIFY(sign({"hash", "."}).startsWith("3 |corvane-sign: cannot read '.': "));
+    }
+
+    void runPath_data()
+    {
+        QTest::addColumn<QString>("program");
+        QTest::newRow("corvane-sign") << QStringLiteral(CORVANE_SIGN_PROGRAM);
+        QTest::newRow("corvane-plugins") << QStringLiteral(CORVANE_PLUGINS_PROGRAM);
+    }
+    // Run from any folder, a tool loads no library from the current directory: every entry of
+    // its run path is a folder relative to the program itself, none is empty.
+    void runPath()
+    {
+        QFETCH(QString, program);
+        const QString readelf = QStandardPaths::findExecutable("readelf");
+        if (readelf.isEmpty())
+            QSKIP("readelf (Debian binutils) is not installed");
+        const Run dynamic = run(readelf, {"-d", "-W", program});
+        QCOMPARE(dynamic.exitCode, 0);
+        const QRegularExpressionMatch path
+            = QRegularExpression(R"(\((?:RUNPATH|RPATH)\).*\[(.*)\])").match(dynamic.out);
+        QVERIFY2(path.hasMatch(), qPrintable(dynamic.out));
+        for (const QString& entry : path.captured(1).split(':'))
+            QVERIFY2(entry == "$ORIGIN" || entry.startsWith("$ORIGIN/"),
+                     qPrintable(path.captured(0)));
     }
 };
 
