@@ -20,14 +20,27 @@ namespace internal {
 class CORE_EXPORT LocalSocketStringMessageSender
 {
 public:
+    /// How much of the frames given to sendValues() left this side.
+    enum class Written { Nothing, Part, Whole };
+
     LocalSocketStringMessageSender(QString serverName, int timeout);
 
     /// False at once when no receiver's marker exists; else whether the connection came up
     /// within the time-out.
     bool connectToReceiver();
+    /// Connects without looking for the marker, for a caller that knows from elsewhere (a lock)
+    /// that a receiver runs: whether the connection came up within the time-out.
+    bool connectToRunningReceiver();
     void sendValue(const QString& value);
+    /// Sends the values as frames in one write and waits up to the time-out for them to leave.
+    Written sendValues(const QStringList& values);
     /// Whether the receiver took the message sent before, within the time-out.
     bool waitForAcknowledgement();
+    /// How many of the messages sent the receiver answered within the time-out, fewer when it
+    /// closed the connection first.
+    int waitForAcknowledgements(int count);
+    /// Whether the receiver still holds the connection open.
+    bool isConnected() const;
     void disconnectFromReceiver();
 
 private:
