@@ -54,7 +54,10 @@ bool LocalSocketStringMessageReceiver::start(std::function<bool(QString)> callba
     delete server;
     attachMarker();
     server = new LocalSocketListener(this);
-    server->setRoomMaker([this] { return closeLongestIdle(); });
+    server->setRoomMaker([this] {
+        warnLimit("start", QStringLiteral("out of descriptors; the connection idle longest closed"));
+        return closeLongestIdle();
+    });
     connect(server, &LocalSocketListener::newConnection, this,
             &LocalSocketStringMessageReceiver::handleNewConnection);
     connect(server, &LocalSocketListener::acceptFailed, this, [this](const QString& reason) {
