@@ -9,6 +9,8 @@
 #include <QLocalSocket>
 #include <QTimer>
 
+#include <sys/ioctl.h>
+
 namespace corvane {
 namespace base {
 namespace business {
@@ -168,15 +170,27 @@ bool LocalSocketStringMessageReceiver::closeLongestIdle()
     return longest != nullptr;
 }
 
-// Data that came while this process did not run (it was stopped) is read before its connection
-// counts as idle.
+namespace {
+
+// Whether bytes wait in the system for the connection (they come in with the next turn of the
+// event loop).
+bool hasDataWaiting(QLocalSocket* connection)
+{
+    int waiting = 0;
+    return ::ioctl(int(connection->socketDescriptor()), FIONREAD, &waiting) == 0 && waiting > 0;
+}
+
+} // namespace
+
+// Data that came while this process did not run (it was stopped) keeps its connection from
+// counting as idle.
 void LocalSocketStringMessageReceiver::closeIdleConnections()
 {
     const QList<QLocalSocket*> connections = idleSince.keys();
     for (QLocalSocket* connection : connections) {
         if (idleSince.contains(connection)
             && idleSince.value(connection).hasExpired(limits.idleTimeoutMs)
-            && !connection->waitForReadyRead(0) && idleSince.contains(connection)) {
+            && !hasDataWaiting(connection)) {
             warnLimit("closeIdleConnections",
                       QStringLiteral("a connection idle for %1 ms closed").arg(limits.idleTimeoutMs));
             connection->abort();

@@ -6,8 +6,13 @@
 #include <QMessageBox>
 #include <QtTest>
 
+#include <memory>
+#include <vector>
+
 using namespace corvane::base::business;
 using namespace corvane::base::business::internal;
+
+Q_DECLARE_METATYPE(QList<bool>)
 
 QByteArray frame(const QByteArray& payload, qint32 length = -1)
 {
@@ -80,6 +85,79 @@ private slots:
             QTRY_COMPARE(sender.state(), QLocalSocket::UnconnectedState);
         else
             QCOMPARE(sender.state(), QLocalSocket::ConnectedState);
+    }
+
+    // Small limits, so that each is met at once; the peers write in the order given.
+    void limits_data()
+    {
+        QTest::addColumn<int>("connections");
+        QTest::addColumn<int>("idleTimeoutMs");
+        QTest::addColumn<qint64>("unreadBytes");
+        QTest::addColumn<QList<int>>("writers"); // the peer of each write, in order
+        QTest::addColumn<QList<QByteArray>>("writes");
+        QTest::addColumn<QStringList>("messages");
+        QTest::addColumn<QList<bool>>("open"); // each peer's connection at the end
+        QTest::addColumn<QString>("warning");
+        const qint64 plenty = 1 << 30;
+        QTest::newRow("idle past the time-out")
+            << 64 << 300 << plenty << QList<int> {0} << QList<QByteArray> {""} << QStringList()
+            << QList<bool> {false}
+            << "closeIdleConnections: peer limit: a connection idle for 300 ms closed";
+        QTest::newRow("one connection more than allowed: the one idle longest goes")
+            << 2 << 30000 << plenty << QList<int> {0, 1, 2}
+            << QList<QByteArray> {frame("a"), frame("b"), frame("c")} << QStringList {"a", "b", "c"}
+            << QList<bool> {false, true, true}
+            << "handleNewConnection: peer limit: more than 2 connections at once; the one idle "
+               "longest closed";
+        const QByteArray partial = frame(QByteArray(300, 'b'));
+        QTest::newRow("unread bytes over the budget: the largest holder goes")
+            << 64 << 30000 << qint64(1000) << QList<int> {0, 1, 1}
+            << QList<QByteArray> {frame(QByteArray(900, 'a'), 5000), partial.left(154),
+                                  partial.mid(154)}
+            << QStringList {QString(300, 'b')} << QList<bool> {false, true}
+            << "keepToBudget: peer limit: more than 1000 unread bytes; the connection holding "
+               "900 closed";
+    }
+
+    void limits()
+    {
+        QFETCH(int, connections);
+        QFETCH(int, idleTimeoutMs);
+        QFETCH(qint64, unreadBytes);
+        QFETCH(QList<int>, writers);
+        QFETCH(QList<QByteArray>, writes);
+        QFETCH(QStringList, messages);
+        QFETCH(QList<bool>, open);
+        QFETCH(QString, warning);
+        const QString name = QStringLiteral("tst_ApplicationStartupHandler-limits-%1-%2")
+                                 .arg(QCoreApplication::applicationPid())
+                                 .arg(QTest::currentDataTag());
+        QStringList received;
+        LocalSocketStringMessageReceiver receiver(name);
+        receiver.setLimits({connections, idleTimeoutMs, unreadBytes});
+        QVERIFY(receiver.start([&received](QString text) {
+            received << text;
+            return true;
+        }));
+        QTest::ignoreMessage(QtWarningMsg, qPrintable(warning));
+        std::vector<std::unique_ptr<QLocalSocket>> peers;
+        for (int i = 0; i < writes.size(); ++i) {
+            while (int(peers.size()) <= writers[i]) {
+                peers.push_back(std::make_unique<QLocalSocket>());
+                peers.back()->connectToServer(name);
+                QVERIFY(peers.back()->waitForConnected(5000));
+            }
+            peers[writers[i]]->write(writes[i]);
+            QVERIFY(writes[i].isEmpty() || peers[writers[i]]->waitForBytesWritten(5000));
+            QTest::qWait(20); // the receiver sees each write on its own, in this order
+        }
+        QTRY_COMPARE(received, messages);
+        QList<bool> connected;
+        QTRY_COMPARE_WITH_TIMEOUT(
+            (connected.clear(), std::for_each(peers.begin(), peers.end(), [&](const auto& peer) {
+                 connected << (peer->state() == QLocalSocket::ConnectedState);
+             }), connected),
+            open, 10000);
     }
 
     // The first call holds the guard's lock: a second one meets its receiver, which gets "raise".
