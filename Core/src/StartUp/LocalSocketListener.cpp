@@ -60,7 +60,9 @@ bool LocalSocketListener::listen(const QString& name)
     }
     std::memcpy(address.sun_path, file.constData(), size_t(file.size()));
     descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    struct stat status {};
+    struct stat status
+    {
+    };
     if (descriptor < 0 || ::bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address)
         || ::chmod(file.constData(), 0600) || ::lstat(file.constData(), &status)
         || ::listen(descriptor, backlog)) {
@@ -88,7 +90,9 @@ void LocalSocketListener::close()
     notifier = nullptr;
     ::close(descriptor);
     descriptor = -1;
-    struct stat status {};
+    struct stat status
+    {
+    };
     const QByteArray file = QFile::encodeName(path);
     if (::lstat(file.constData(), &status) == 0 && status.st_dev == device
         && status.st_ino == inode) {

@@ -57,7 +57,8 @@ bool LocalSocketStringMessageReceiver::start(std::function<bool(QString)> callba
     attachMarker();
     server = new LocalSocketListener(this);
     server->setRoomMaker([this] {
-        warnLimit("start", QStringLiteral("out of descriptors; the connection idle longest closed"));
+        warnLimit("start",
+                  QStringLiteral("out of descriptors; the connection idle longest closed"));
         return closeLongestIdle();
     });
     connect(server, &LocalSocketListener::newConnection, this,
@@ -122,7 +123,8 @@ void LocalSocketStringMessageReceiver::handleNewConnection(QLocalSocket* connect
 {
     if (expectedDataSize_.size() >= limits.connections) {
         closeLongestIdle();
-        warnLimit("handleNewConnection", QStringLiteral("more than %1 connections at once; the one idle longest closed")
+        warnLimit("handleNewConnection",
+                  QStringLiteral("more than %1 connections at once; the one idle longest closed")
                       .arg(limits.connections));
     }
     expectedDataSize_.insert(connection, 0);
@@ -191,8 +193,9 @@ void LocalSocketStringMessageReceiver::closeIdleConnections()
         if (idleSince.contains(connection)
             && idleSince.value(connection).hasExpired(limits.idleTimeoutMs)
             && !hasDataWaiting(connection)) {
-            warnLimit("closeIdleConnections",
-                      QStringLiteral("a connection idle for %1 ms closed").arg(limits.idleTimeoutMs));
+            warnLimit(
+                "closeIdleConnections",
+                QStringLiteral("a connection idle for %1 ms closed").arg(limits.idleTimeoutMs));
             connection->abort();
             dropConnection(connection);
         }
@@ -218,7 +221,8 @@ void LocalSocketStringMessageReceiver::keepToBudget()
         if (total <= limits.unreadBytes) {
             return;
         }
-        warnLimit("keepToBudget", QStringLiteral("more than %1 unread bytes; the connection holding %2 closed")
+        warnLimit("keepToBudget",
+                  QStringLiteral("more than %1 unread bytes; the connection holding %2 closed")
                       .arg(limits.unreadBytes)
                       .arg(largest->bytesAvailable()));
         largest->abort();
@@ -274,8 +278,9 @@ void LocalSocketStringMessageReceiver::handleNewDataSize(QLocalSocket* connectio
     qint32 size = 0;
     QDataStream(connection->read(4)) >> size;
     if (size > maximumMessageSize) {
-        warnLimit("handleNewDataSize", QStringLiteral("%1 bytes announced, more than allowed; connection dropped")
-                      .arg(size));
+        warnLimit(
+            "handleNewDataSize",
+            QStringLiteral("%1 bytes announced, more than allowed; connection dropped").arg(size));
         dropConnection(connection);
         return;
     }

@@ -43,7 +43,9 @@ bool check(const QString& path, bool followLink, QString* reason)
     const int descriptor
         = ::open(QFile::encodeName(path).constData(),
                  O_RDONLY | O_DIRECTORY | O_CLOEXEC | (followLink ? 0 : O_NOFOLLOW));
-    struct stat status {};
+    struct stat status
+    {
+    };
     QString why;
     if (descriptor < 0) {
         why = errno == ELOOP || errno == ENOTDIR ? QStringLiteral("a symbolic link or no folder")
@@ -80,7 +82,8 @@ QString PrivateFolder::fallbackFolder()
         check(folder, false, &reason);
     }
     if (!reason.isEmpty()) {
-        qCritical().noquote() << QStringLiteral("runtimeFolder: the private folder %1 cannot be used: %2")
+        qCritical().noquote() << QStringLiteral(
+                                     "runtimeFolder: the private folder %1 cannot be used: %2")
                                      .arg(folder, reason);
         return {};
     }
@@ -97,7 +100,8 @@ QString PrivateFolder::runtimeFolder()
         if (check(runtime, true, &reason)) {
             return QDir::cleanPath(runtime);
         }
-        qWarning().noquote() << QStringLiteral("runtimeFolder: XDG_RUNTIME_DIR %1 is not private (%2)")
+        qWarning().noquote() << QStringLiteral(
+                                    "runtimeFolder: XDG_RUNTIME_DIR %1 is not private (%2)")
                                     .arg(runtime, reason);
     }
     return fallbackFolder();
@@ -107,7 +111,9 @@ int PrivateFolder::openFile(const QString& path, int flags, QString* reason)
 {
     const int descriptor
         = ::open(QFile::encodeName(path).constData(), flags | O_NOFOLLOW | O_CLOEXEC, 0600);
-    struct stat status {};
+    struct stat status
+    {
+    };
     QString why;
     if (descriptor < 0) {
         why = errno == ELOOP ? QStringLiteral("a symbolic link") : systemError();

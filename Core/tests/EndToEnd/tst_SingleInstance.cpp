@@ -7,8 +7,8 @@
 #include <list>
 #include <pwd.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/un.h>
 
 // Real demo processes with a single-application id: a copy of the demo in a temporary folder
@@ -91,8 +91,8 @@ class tst_SingleInstance : public QObject
     static uid_t attacker()
     {
         if (::geteuid() == 0 && !::getpwnam("corvane-tst")) {
-            run("useradd", {"--system", "--no-create-home", "--shell", "/usr/sbin/nologin",
-                            "corvane-tst"});
+            run("useradd",
+                {"--system", "--no-create-home", "--shell", "/usr/sbin/nologin", "corvane-tst"});
         }
         const passwd* account = ::getpwnam("corvane-tst");
         return ::geteuid() == 0 && account ? account->pw_uid : 0;
@@ -119,8 +119,7 @@ class tst_SingleInstance : public QObject
         QList<int> descriptors;
         sockaddr_un address {};
         address.sun_family = AF_UNIX;
-        qstrncpy(address.sun_path, QFile::encodeName(socket).constData(),
-                 sizeof address.sun_path);
+        qstrncpy(address.sun_path, QFile::encodeName(socket).constData(), sizeof address.sun_path);
         for (int i = 0; i < count; ++i) {
             const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0);
             if (::connect(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0
@@ -349,7 +348,8 @@ private slots:
         QVERIFY(QDir().mkdir(shared) && ::chmod(QFile::encodeName(shared), 01777) == 0);
         environment.remove("XDG_RUNTIME_DIR");
         environment.insert("TMPDIR", shared);
-        const QString id = "tst_SingleInstance-" + QString::number(QCoreApplication::applicationPid());
+        const QString id
+            = "tst_SingleInstance-" + QString::number(QCoreApplication::applicationPid());
         const QString planted = shared + '/' + sharedName(id, ".lock");
         const QString own = shared + "/corvane-runtime-" + QString::number(::geteuid());
         const QString victim = state->filePath("victim"), created = state->filePath("created");
@@ -366,8 +366,8 @@ private slots:
             squattedMarker.setNativeKey(socket + ".marker");
             QVERIFY(squattedLock.open(QIODevice::ReadWrite)
                     && ::flock(squattedLock.handle(), LOCK_EX) == 0 && squatter.listen(socket)
-                    && squattedMarker.create(1) && chownTo(planted, other)
-                    && chownTo(socket, other) && chownTo(socket + ".marker", other));
+                    && squattedMarker.create(1) && chownTo(planted, other) && chownTo(socket, other)
+                    && chownTo(socket + ".marker", other));
         }
         if (attack == "open runtime") {
             QVERIFY(QDir().mkdir(runtime) && ::chmod(QFile::encodeName(runtime), 0777) == 0);
@@ -446,10 +446,10 @@ private slots:
                                  path("corvane-demo")});
         QVERIFY(runsFirst(first, 1));
         QVERIFY(first->readAllStandardError().contains("start: no marker for "));
-        QProcess* later = start(
-            {"-C", "single.xml", path("other.csv")}, 60000,
-            {"nsenter", QStringLiteral("--ipc=/proc/%1/ns/ipc").arg(first->processId()), "--",
-             path("corvane-demo")});
+        QProcess* later
+            = start({"-C", "single.xml", path("other.csv")}, 60000,
+                    {"nsenter", QStringLiteral("--ipc=/proc/%1/ns/ipc").arg(first->processId()),
+                     "--", path("corvane-demo")});
         QVERIFY(later->waitForFinished(30000));
         QCOMPARE(later->exitCode(), 255);
         QTRY_VERIFY(log().contains("loadFile: 1 items from " + path("other.csv").toUtf8()));
@@ -491,9 +491,11 @@ private slots:
         QTest::addColumn<QString>("peers");
         QTest::addColumn<QString>("warning"); // in the log
         QTest::newRow("300 idle connections, few descriptors")
-            << "idle" << "start: peer limit: out of descriptors";
+            << "idle"
+            << "start: peer limit: out of descriptors";
         QTest::newRow("16 peers announcing 16 MiB each")
-            << "flood" << "keepToBudget: peer limit: more than 33554440 unread bytes";
+            << "flood"
+            << "keepToBudget: peer limit: more than 33554440 unread bytes";
     }
     // Hostile peers of the same user neither take the first instance's socket away nor its
     // memory: a hand-over works beside them, and the log has one warning line, not one per peer.

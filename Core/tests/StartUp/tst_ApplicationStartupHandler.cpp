@@ -153,11 +153,14 @@ private slots:
         }
         QTRY_COMPARE(received, messages);
         QList<bool> connected;
-        QTRY_COMPARE_WITH_TIMEOUT(
-            (connected.clear(), std::for_each(peers.begin(), peers.end(), [&](const auto& peer) {
-                 connected << (peer->state() == QLocalSocket::ConnectedState);
-             }), connected),
-            open, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT((connected.clear(),
+                                   std::for_each(peers.begin(), peers.end(),
+                                                 [&](const auto& peer) {
+                                                     connected << (peer->state()
+                                                                   == QLocalSocket::ConnectedState);
+                                                 }),
+                                   connected),
+                                  open, 10000);
     }
 
     // The first call holds the guard's lock: a second one meets its receiver, which gets "raise".
