@@ -12,8 +12,6 @@
 using namespace corvane::base::business;
 using namespace corvane::base::business::internal;
 
-Q_DECLARE_METATYPE(QList<bool>)
-
 QByteArray frame(const QByteArray& payload, qint32 length = -1)
 {
     QByteArray bytes;
