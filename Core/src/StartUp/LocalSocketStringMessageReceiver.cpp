@@ -56,10 +56,18 @@ bool LocalSocketStringMessageReceiver::start(std::function<bool(QString)> callba
     delete server;
     attachMarker();
     server = new LocalSocketListener(this);
+    // Out of descriptors, the connections give half of theirs back to the application, and
+    // stay at that many from then on.
     server->setRoomMaker([this] {
+        limits.connections = qMax(1, int(expectedDataSize_.size()) / 2);
         warnLimit("start",
-                  QStringLiteral("out of descriptors; the connection idle longest closed"));
-        return closeLongestIdle();
+                  QStringLiteral("out of descriptors; at most %1 connections at once")
+                      .arg(limits.connections));
+        bool closed = false;
+        while (expectedDataSize_.size() > limits.connections && closeLongestIdle()) {
+            closed = true;
+        }
+        return closed;
     });
     connect(server, &LocalSocketListener::newConnection, this,
             &LocalSocketStringMessageReceiver::handleNewConnection);
@@ -166,8 +174,7 @@ bool LocalSocketStringMessageReceiver::closeLongestIdle()
         }
     }
     if (longest) {
-        longest->abort(); // frees its descriptor now
-        dropConnection(longest);
+        dropConnection(longest, true);
     }
     return longest != nullptr;
 }
@@ -196,8 +203,7 @@ void LocalSocketStringMessageReceiver::closeIdleConnections()
             warnLimit(
                 "closeIdleConnections",
                 QStringLiteral("a connection idle for %1 ms closed").arg(limits.idleTimeoutMs));
-            connection->abort();
-            dropConnection(connection);
+            dropConnection(connection, true);
         }
     }
     if (idleSince.isEmpty()) {
@@ -225,8 +231,7 @@ void LocalSocketStringMessageReceiver::keepToBudget()
                   QStringLiteral("more than %1 unread bytes; the connection holding %2 closed")
                       .arg(limits.unreadBytes)
                       .arg(largest->bytesAvailable()));
-        largest->abort();
-        dropConnection(largest);
+        dropConnection(largest, true);
     }
 }
 
@@ -304,14 +309,20 @@ void LocalSocketStringMessageReceiver::handleNewDataValue(QLocalSocket* connecti
     connection->write(taken ? "\1" : "\0", 1);
 }
 
-void LocalSocketStringMessageReceiver::dropConnection(QLocalSocket* connection)
+// Closed at once, the connection gives its descriptor back now, and what it still had to send
+// is dropped.
+void LocalSocketStringMessageReceiver::dropConnection(QLocalSocket* connection, bool atOnce)
 {
     idleSince.remove(connection);
     if (expectedDataSize_.remove(connection) == 0) {
         return;
     }
     connection->disconnect(this);
-    connection->close();
+    if (atOnce) {
+        connection->abort();
+    } else {
+        connection->close();
+    }
     connection->deleteLater();
 }
 

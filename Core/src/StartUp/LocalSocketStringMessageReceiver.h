@@ -78,7 +78,7 @@ private:
     bool handleNextData(QLocalSocket* connection);
     void handleNewDataSize(QLocalSocket* connection);
     void handleNewDataValue(QLocalSocket* connection);
-    void dropConnection(QLocalSocket* connection);
+    void dropConnection(QLocalSocket* connection, bool atOnce = false);
 
     QString serverName;
     QSharedMemory sharedMemory;
