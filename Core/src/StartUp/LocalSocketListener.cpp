@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -36,6 +37,7 @@ LocalSocketListener::LocalSocketListener(QObject* parent) : QObject(parent)
     retry->setInterval(retryDelayMs);
     connect(retry, &QTimer::timeout, this, [this] {
         if (notifier) {
+            takeReserve();
             notifier->setEnabled(true);
             acceptAll();
         }
@@ -77,6 +79,7 @@ bool LocalSocketListener::listen(const QString& name)
     inode = status.st_ino;
     notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, &LocalSocketListener::acceptAll);
+    takeReserve();
     return true;
 }
 
@@ -86,6 +89,7 @@ void LocalSocketListener::close()
         return;
     }
     retry->stop();
+    releaseReserve();
     delete notifier;
     notifier = nullptr;
     ::close(descriptor);
@@ -120,8 +124,28 @@ void LocalSocketListener::setRoomMaker(std::function<bool()> roomMaker)
     this->roomMaker = std::move(roomMaker);
 }
 
+void LocalSocketListener::takeReserve()
+{
+    while (reserve.size() < reservedDescriptors) {
+        const int spare = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+        if (spare < 0) {
+            return; // taken again after the next shortage
+        }
+        reserve.append(spare);
+    }
+}
+
+void LocalSocketListener::releaseReserve()
+{
+    for (const int spare : qAsConst(reserve)) {
+        ::close(spare);
+    }
+    reserve.clear();
+}
+
 // A shortage makes room at most a few times in a row, so that descriptors that do not come
-// free (held elsewhere in the process) end in a wait, not in a loop.
+// free (held elsewhere in the process) end in a wait, not in a loop. Making room and reporting
+// run on the reserve; it is taken back before the next accept() can use up what came free.
 void LocalSocketListener::acceptAll()
 {
     int roomMade = 0;
@@ -143,11 +167,18 @@ void LocalSocketListener::acceptAll()
         }
         const QString reason = systemError();
         const bool shortage = errno == EMFILE || errno == ENFILE;
-        if (shortage && roomMade < 8 && roomMaker && roomMaker()) {
+        if (shortage) {
+            releaseReserve();
+        }
+        const bool madeRoom = shortage && roomMade < 8 && roomMaker && roomMaker();
+        if (!madeRoom) {
+            emit acceptFailed(reason);
+        }
+        takeReserve();
+        if (madeRoom) {
             ++roomMade;
             continue;
         }
-        emit acceptFailed(reason);
         notifier->setEnabled(false);
         retry->start();
         return;

@@ -4,6 +4,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QVector>
 
 #include <functional>
 
@@ -20,8 +21,11 @@ namespace internal {
  * A listening local socket that outlives a shortage of file descriptors. QLocalServer closes
  * itself and removes its socket file when accept() fails; this one keeps listening: when the
  * process runs out of descriptors it asks its owner to make room (close a connection), else it
- * tries again a moment later. Accepted connections are close-on-exec and handed over as
- * QLocalSocket objects that the receiver of newConnection() owns.
+ * tries again a moment later. A few descriptors are held in reserve and given back to the
+ * process while it makes room and reports the shortage, since that work may need descriptors
+ * itself (a log that rolls over opens a file; a sanitized build's checks open a pipe). Accepted
+ * connections are close-on-exec and handed over as QLocalSocket objects that the receiver of
+ * newConnection() owns.
  */
 class CORE_EXPORT LocalSocketListener : public QObject
 {
@@ -29,6 +33,7 @@ class CORE_EXPORT LocalSocketListener : public QObject
 
 public:
     static constexpr int retryDelayMs = 250;
+    static constexpr int reservedDescriptors = 3;
 
     explicit LocalSocketListener(QObject* parent = nullptr);
     ~LocalSocketListener() override;
@@ -51,6 +56,8 @@ signals:
 
 private:
     void acceptAll();
+    void takeReserve();
+    void releaseReserve();
 
     int descriptor = -1;
     unsigned long long device = 0; // of the socket file made here
@@ -60,6 +67,7 @@ private:
     QSocketNotifier* notifier = nullptr;
     QTimer* retry = nullptr;
     std::function<bool()> roomMaker;
+    QVector<int> reserve; // descriptors on /dev/null, kept for a shortage
 };
 
 } // namespace internal
