@@ -8,6 +8,7 @@
 #include <QScopeGuard>
 #include <QtTest>
 
+#include <algorithm>
 #include <fcntl.h>
 #include <memory>
 #include <sys/resource.h>
@@ -271,11 +272,11 @@ private slots:
         QCOMPARE(warnings.value(0),
                  "start: peer limit: out of descriptors; at most 3 connections at once "
                  "[descriptor free]");
-        QTRY_COMPARE(std::count_if(peers.begin(), peers.end(),
-                                   [](const auto& peer) {
-                                       return peer->state() == QLocalSocket::ConnectedState;
-                                   }),
-                     2L);
+        QTRY_COMPARE(int(std::count_if(peers.begin(), peers.end(),
+                                       [](const auto& peer) {
+                                           return peer->state() == QLocalSocket::ConnectedState;
+                                       })),
+                     2);
         QCOMPARE(latecomer.state(), QLocalSocket::ConnectedState);
     }
 
