@@ -5,6 +5,7 @@
 #include "StartUp/LocalSocketStringMessageSender.h"
 #include "StartUp/PCCommandLineParser.h"
 #include "StartUp/SingleInstanceLock.h"
+#include "Utility/PrivateFolder.h"
 
 #include <QApplication>
 #include <QCryptographicHash>
@@ -37,17 +38,10 @@ const QString load = QStringLiteral("load:");
 // Longest socket path that Linux takes (sun_path holds 108 bytes with the terminating zero).
 constexpr int longestSocketPath = 107;
 
-// The folder of the guard's files: the user's own runtime folder, else the temporary folder,
-// else /tmp; the first of them that exists.
-QString guardFolder()
+QString guardDigest(const QString& singleAppId)
 {
-    const QString runtime = QString::fromLocal8Bit(qgetenv("XDG_RUNTIME_DIR"));
-    for (const QString& folder : {runtime, QDir::tempPath(), QStringLiteral("/tmp")}) {
-        if (!folder.isEmpty() && QFileInfo(folder).isDir()) {
-            return QDir::cleanPath(folder);
-        }
-    }
-    return QStringLiteral("/tmp");
+    return QString::fromLatin1(
+        QCryptographicHash::hash(singleAppId.toUtf8(), QCryptographicHash::Sha1).toHex().left(16));
 }
 
 // The guard's files are named after the id and the user: as much of the id as is safe and
@@ -56,33 +50,52 @@ QString guardBaseName(const QString& singleAppId, int readableLength)
 {
     QString readable = singleAppId.left(readableLength);
     readable.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9._-]")), QStringLiteral("_"));
-    const QByteArray digest
-        = QCryptographicHash::hash(singleAppId.toUtf8(), QCryptographicHash::Sha1).toHex().left(16);
+    const QString digest = guardDigest(singleAppId);
     const QString user = QString::number(::getuid());
-    return readable.isEmpty()
-        ? QStringLiteral("%1-%2").arg(QString::fromLatin1(digest), user)
-        : QStringLiteral("%1-%2-%3").arg(readable, QString::fromLatin1(digest), user);
+    return readable.isEmpty() ? QStringLiteral("%1-%2").arg(digest, user)
+                              : QStringLiteral("%1-%2-%3").arg(readable, digest, user);
 }
 
 struct GuardFiles
 {
-    QString lock;
+    QString lock; // empty when there is no private folder for the files
     QString server; // the socket file
 };
 
+// The lock, the marker and the socket lie together in the user's private folder. A socket path
+// must fit into sun_path: a long folder shortens the name, down to a part of the digest (the
+// folder is the user's own, so the name need not tell the user). Only a folder too long for
+// any name gives way, to the user's private folder in the temporary folder.
 GuardFiles guardFilesOf(const QString& singleAppId)
 {
-    const QString folder = guardFolder();
-    for (int readable : {32, 0}) {
-        const QString base = folder + QLatin1Char('/') + guardBaseName(singleAppId, readable);
-        if (QFile::encodeName(base + QStringLiteral(".socket")).size() <= longestSocketPath) {
-            return {base + QStringLiteral(".lock"), base + QStringLiteral(".socket")};
+    const QString socket = QStringLiteral(".socket");
+    QString folder = core::utility::PrivateFolder::runtimeFolder();
+    for (int pass = 0; pass < 2 && !folder.isEmpty(); ++pass) {
+        const int room = longestSocketPath - QFile::encodeName(folder + QLatin1Char('/')).size()
+            - socket.size();
+        QStringList names {guardBaseName(singleAppId, 32), guardBaseName(singleAppId, 0)};
+        if (room >= 8) {
+            names << guardDigest(singleAppId).left(room);
         }
+        for (const QString& name : qAsConst(names)) {
+            const QString base = folder + QLatin1Char('/') + name;
+            if (QFile::encodeName(base + socket).size() <= longestSocketPath) {
+                return {base + QStringLiteral(".lock"), base + socket};
+            }
+        }
+        folder = pass == 0 ? core::utility::PrivateFolder::fallbackFolder() : QString();
     }
-    // A runtime folder with a path this long is rare; the socket then goes to /tmp.
-    const QString base = guardBaseName(singleAppId, 0);
-    return {folder + QLatin1Char('/') + base + QStringLiteral(".lock"),
-            QStringLiteral("/tmp/") + base + QStringLiteral(".socket")};
+    return {};
+}
+
+// A file name as the log shows it: a name longer than any real one is cut, so that a flood of
+// long requests cannot push the log's earlier lines out.
+QString shortened(const QString& file)
+{
+    constexpr int longestLogged = 1024;
+    return file.size() <= longestLogged
+        ? file
+        : file.left(longestLogged) + QStringLiteral("... (%1 characters)").arg(file.size());
 }
 
 } // namespace
@@ -178,11 +191,17 @@ void ApplicationStartupHandler::initialize(QString singleAppId)
 }
 
 // The instance that takes the lock is the first one. A later one hands its request over; while
-// the first does not answer yet (it is starting) it tries again until the time-out, and takes
-// the lock itself once its holder has ended.
+// the first does not listen yet (it is starting) it tries again until the time-out, and takes
+// the lock itself once its holder has ended. The shared-memory marker is made for others to see
+// but decides nothing: the lock and a connection that comes up do.
 void ApplicationStartupHandler::initSingleApplicationGuard(QString singleAppId)
 {
     const GuardFiles files = guardFilesOf(singleAppId);
+    if (files.lock.isEmpty()) {
+        throw exceptions::ConnectException(
+            this, QStringLiteral("initSingleApplicationGuard"),
+            QStringLiteral("Cannot take the single-instance lock: no private folder for it"));
+    }
     auto candidate = std::make_unique<internal::SingleInstanceLock>(files.lock);
     const QDeadlineTimer deadline(senderTimeout);
     for (;;) {
@@ -196,7 +215,7 @@ void ApplicationStartupHandler::initSingleApplicationGuard(QString singleAppId)
                 QStringLiteral("Cannot take the single-instance lock %1: %2")
                     .arg(files.lock, candidate->errorString()));
         }
-        notifyOtherInstanceAndQuit(files.server, deadline);
+        notifyOtherInstanceAndQuit(files.server, deadline, *candidate);
         if (deadline.hasExpired()) {
             throw exceptions::ConnectException(
                 this, QStringLiteral("notifyOtherInstanceAndQuit"),
@@ -217,14 +236,38 @@ void ApplicationStartupHandler::initSingleApplicationGuard(QString singleAppId)
             &ApplicationStartupHandler::release, Qt::UniqueConnection);
 }
 
-// Returns when the request could not be delivered (yet); ends with SilentExitException once the
-// running instance has taken it.
-void ApplicationStartupHandler::notifyOtherInstanceAndQuit(const QString& serverName,
-                                                           const QDeadlineTimer& deadline)
+namespace {
+
+// Whether the lock's holder still runs, given a moment to end: its connection may close an
+// instant before the system gives its lock back.
+bool holderRuns(internal::SingleInstanceLock& lock)
 {
+    const QDeadlineTimer grace(500);
+    while (lock.tryLock() == internal::SingleInstanceLock::HeldByAnother) {
+        if (grace.hasExpired()) {
+            return true;
+        }
+        QThread::msleep(10);
+    }
+    return false;
+}
+
+} // namespace
+
+// Returns when nothing of the request was written (try again), or when the holder of the lock
+// has ended (this instance holds the lock now). Ends with SilentExitException once the request
+// is with a running instance: answered, or written whole to one that still holds the lock and
+// reads it when it runs again. Ends with ConnectException when the running instance closed the
+// connection before taking it, or took only part of it: such a request is never delivered, and
+// is not sent again, so that none is delivered twice.
+void ApplicationStartupHandler::notifyOtherInstanceAndQuit(const QString& serverName,
+                                                           const QDeadlineTimer& deadline,
+                                                           internal::SingleInstanceLock& lock)
+{
+    using Written = internal::LocalSocketStringMessageSender::Written;
     internal::LocalSocketStringMessageSender sender(
         serverName, int(std::clamp<qint64>(deadline.remainingTime(), 1, senderTimeout)));
-    if (!sender.connectToReceiver()) {
+    if (!sender.connectToRunningReceiver()) {
         return;
     }
     QStringList requests {raise};
@@ -232,14 +275,29 @@ void ApplicationStartupHandler::notifyOtherInstanceAndQuit(const QString& server
     if (!file.isEmpty()) {
         requests << load + QFileInfo(file).absoluteFilePath();
     }
-    for (const QString& request : qAsConst(requests)) {
-        sender.sendValue(request);
-        if (!sender.waitForAcknowledgement()) {
-            return;
-        }
+    const Written written = sender.sendValues(requests);
+    if (written == Written::Nothing) {
+        return;
     }
+    const bool answered = written == Written::Whole
+        && sender.waitForAcknowledgements(requests.size()) == requests.size();
+    const bool open = sender.isConnected();
     sender.disconnectFromReceiver();
-    throw exceptions::SilentExitException(this, QStringLiteral("notifyOtherInstanceAndQuit"));
+    if (!answered && !holderRuns(lock)) {
+        return; // the lock is this instance's now
+    }
+    if (answered || (written == Written::Whole && open)) {
+        if (!answered) {
+            qWarning().noquote() << QStringLiteral("notifyOtherInstanceAndQuit: the running "
+                                                   "instance has the request but has not "
+                                                   "answered yet: ")
+                    + serverName;
+        }
+        throw exceptions::SilentExitException(this, QStringLiteral("notifyOtherInstanceAndQuit"));
+    }
+    throw exceptions::ConnectException(
+        this, QStringLiteral("notifyOtherInstanceAndQuit"),
+        QStringLiteral("The running instance did not take the request: ") + serverName);
 }
 
 void ApplicationStartupHandler::holdRequests()
@@ -266,7 +324,7 @@ bool ApplicationStartupHandler::handleMessage(const QString& message)
         qInfo("handleMessage: raise requested");
     } else {
         qInfo().noquote() << QStringLiteral("handleMessage: load requested: ")
-                + message.mid(load.size());
+                + shortened(message.mid(load.size()));
     }
     if (holding) {
         held.append(message);

@@ -85,7 +85,8 @@ private:
     ApplicationStartupHandler();
     Q_DISABLE_COPY(ApplicationStartupHandler)
 
-    void notifyOtherInstanceAndQuit(const QString& serverName, const QDeadlineTimer& deadline);
+    void notifyOtherInstanceAndQuit(const QString& serverName, const QDeadlineTimer& deadline,
+                                    internal::SingleInstanceLock& lock);
     bool handleMessage(const QString& message);
     void deliver(const QString& message);
     void release();

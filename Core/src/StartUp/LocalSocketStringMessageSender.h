@@ -20,16 +20,29 @@ namespace internal {
 class CORE_EXPORT LocalSocketStringMessageSender
 {
 public:
+    /// How much of the frames given to sendValues() left this side.
+    enum class Written { Nothing, Part, Whole };
+
     /// A sender to the server serverName that waits at most timeout milliseconds for each step.
     LocalSocketStringMessageSender(QString serverName, int timeout);
 
     /// False at once when no receiver's marker exists; else whether the connection came up
     /// within the time-out.
     bool connectToReceiver();
+    /// Connects without looking for the marker, for a caller that knows from elsewhere (a lock)
+    /// that a receiver runs: whether the connection came up within the time-out.
+    bool connectToRunningReceiver();
     /// Sends value as one frame and waits until it has been written.
     void sendValue(const QString& value);
+    /// Sends the values as frames in one write and waits up to the time-out for them to leave.
+    Written sendValues(const QStringList& values);
     /// Whether the receiver took the message sent before, within the time-out.
     bool waitForAcknowledgement();
+    /// How many of the messages sent the receiver answered within the time-out, fewer when it
+    /// closed the connection first.
+    int waitForAcknowledgements(int count);
+    /// Whether the receiver still holds the connection open.
+    bool isConnected() const;
     /// Closes the connection to the receiver.
     void disconnectFromReceiver();
 

@@ -1,6 +1,6 @@
 #include "StartUp/SingleInstanceLock.h"
 
-#include <QFile>
+#include "Utility/PrivateFolder.h"
 
 #include <cerrno>
 #include <cstring>
@@ -22,14 +22,13 @@ SingleInstanceLock::~SingleInstanceLock()
     }
 }
 
-// The descriptor is closed on exec, so that no program this one starts keeps the lock.
+// The descriptor is closed on exec, so that no program this one starts keeps the lock; a link
+// in place of the file is refused, not followed.
 SingleInstanceLock::Result SingleInstanceLock::tryLock()
 {
     if (descriptor < 0) {
-        descriptor
-            = ::open(QFile::encodeName(filePath).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+        descriptor = core::utility::PrivateFolder::openFile(filePath, O_RDWR | O_CREAT, &error);
         if (descriptor < 0) {
-            error = QString::fromLocal8Bit(std::strerror(errno));
             return Failed;
         }
     }

@@ -1,6 +1,15 @@
 #include "Processes.h"
 
+#include <QCryptographicHash>
+#include <QLocalServer>
+#include <QSharedMemory>
+
 #include <list>
+#include <pwd.h>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
 
 // Real demo processes with a single-application id: a copy of the demo in a temporary folder
 // whose GUI configuration asks for one instance per user, without the notification box. Each
@@ -72,6 +81,65 @@ class tst_SingleInstance : public QObject
                    [&] { return windows() == count || process->state() == QProcess::NotRunning; },
                    timeoutMs)
             && process->state() == QProcess::Running;
+    }
+
+    // The name under which the guard's files once lay in the shared temporary folder, without a
+    // folder of the user's own: what another user could predict and plant.
+    QString sharedName(const QString& id, const QString& suffix) const
+    {
+        const QByteArray digest = QCryptographicHash::hash(id.toUtf8(), QCryptographicHash::Sha1);
+        return id + '-' + digest.toHex().left(16) + '-' + QString::number(::getuid()) + suffix;
+    }
+
+    // The id of a user that plays the attacker, created when missing; 0 when there is none.
+    static uid_t attacker()
+    {
+        if (::geteuid() == 0 && !::getpwnam("corvane-tst")) {
+            run("useradd",
+                {"--system", "--no-create-home", "--shell", "/usr/sbin/nologin", "corvane-tst"});
+        }
+        const passwd* account = ::getpwnam("corvane-tst");
+        return ::geteuid() == 0 && account ? account->pw_uid : 0;
+    }
+
+    static bool chownTo(const QString& file, uid_t user)
+    {
+        return ::lchown(QFile::encodeName(file).constData(), user, user) == 0;
+    }
+
+    // The socket the first instance listens on, in the folder.
+    static QString socketIn(const QString& folder)
+    {
+        for (const QFileInfo& file : QDir(folder).entryInfoList(QDir::System | QDir::Files))
+            if (file.fileName().endsWith(".socket"))
+                return file.filePath();
+        return "none";
+    }
+
+    // Connections that send nothing, opened without waiting; the descriptors of those that the
+    // system took.
+    static QList<int> idleConnections(const QString& socket, int count)
+    {
+        QList<int> descriptors;
+        sockaddr_un address {};
+        address.sun_family = AF_UNIX;
+        qstrncpy(address.sun_path, QFile::encodeName(socket).constData(), sizeof address.sun_path);
+        for (int i = 0; i < count; ++i) {
+            const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0);
+            if (::connect(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0
+                || errno == EAGAIN || errno == EINPROGRESS)
+                descriptors << descriptor;
+            else
+                ::close(descriptor);
+        }
+        return descriptors;
+    }
+
+    static qint64 peakMemoryKiB(qint64 pid)
+    {
+        const QByteArray status = readFile(QStringLiteral("/proc/%1/status").arg(pid));
+        const int at = status.indexOf("VmHWM:");
+        return at < 0 ? -1 : status.mid(at + 6).trimmed().split(' ').value(0).toLongLong();
     }
 
 private slots:
@@ -236,12 +304,254 @@ private slots:
         if (::geteuid() != 0 || QStandardPaths::findExecutable("setpriv").isEmpty())
             QSKIP("needs root and setpriv to start the demo as another user");
         environment = QProcessEnvironment::systemEnvironment(); // folders both users can reach
+        // The build tree may lie in a folder that only its owner enters (as /root): the other
+        // user gets the library from the demo's copy.
+        QVERIFY(QDir(folder.path()).mkpath("lib"));
+        for (const QFileInfo& library :
+             QDir(DEMO_FOLDER).entryInfoList({"libCorvaneCore.so*"}, QDir::Files))
+            QVERIFY(QFile::copy(library.filePath(), path("lib/" + library.fileName())));
+        environment.insert("LD_LIBRARY_PATH", path("lib"));
         QVERIFY(runsFirst(start({"-C", "single.xml"}), 1));
         QProcess* other = start(
             {"-C", "single.xml"}, 500,
             {"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", path("corvane-demo")});
         QVERIFY(other->waitForFinished(60000));
         QCOMPARE(other->exitCode(), 0);
+    }
+    // Without a runtime folder of its own the guard keeps its files in a folder of the user's
+    // own in the shared temporary folder. What another user plants in the shared folder is
+    // never followed nor used, a folder that is not the user's own is refused (254, -2), and a
+    // long runtime folder keeps the socket all the same.
+    void privateFolders_data()
+    {
+        QTest::addColumn<QString>("attack");
+        QTest::addColumn<int>("exitCode"); // of the start: 0 when it ran as the first instance
+        QTest::addColumn<QString>("said"); // on standard error
+        const QString own = "corvane-runtime-" + QString::number(::geteuid());
+        QTest::newRow("link to a file at the lock's name") << "link" << 0 << "";
+        QTest::newRow("dangling link at the lock's name") << "dangling" << 0 << "";
+        QTest::newRow("lock, marker and socket squatted") << "squat" << 0 << "";
+        QTest::newRow("runtime folder open to others, a link in it")
+            << "open runtime" << 0 << "is not private (mode 0777 instead of 0700)";
+        QTest::newRow("folder of the user's own made by another user")
+            << "foreign folder" << 254 << own + " cannot be used: owned by user ";
+        QTest::newRow("link in place of the folder of the user's own")
+            << "linked folder" << 254 << own + " cannot be used: a symbolic link or no folder";
+        QTest::newRow("runtime folder too long for the socket's usual name")
+            << "long runtime" << 0 << "";
+    }
+    void privateFolders()
+    {
+        QFETCH(QString, attack);
+        QFETCH(int, exitCode);
+        QFETCH(QString, said);
+        const uid_t other = attacker();
+        if (other == 0)
+            QSKIP("needs root, to create a second user who plays the attacker");
+        const QString shared = state->filePath("shared"); // as /tmp is
+        QVERIFY(QDir().mkdir(shared) && ::chmod(QFile::encodeName(shared), 01777) == 0);
+        environment.remove("XDG_RUNTIME_DIR");
+        environment.insert("TMPDIR", shared);
+        const QString id
+            = "tst_SingleInstance-" + QString::number(QCoreApplication::applicationPid());
+        const QString planted = shared + '/' + sharedName(id, ".lock");
+        const QString own = shared + "/corvane-runtime-" + QString::number(::geteuid());
+        const QString victim = state->filePath("victim"), created = state->filePath("created");
+        writeFile(victim, "precious\n");
+        QString runtime = state->filePath("open");
+        QLocalServer squatter;
+        QFile squattedLock(planted);
+        QSharedMemory squattedMarker;
+        if (attack == "link" || attack == "dangling")
+            QVERIFY(QFile::link(attack == "link" ? victim : created, planted)
+                    && chownTo(planted, other));
+        if (attack == "squat") {
+            const QString socket = shared + '/' + sharedName(id, ".socket");
+            squattedMarker.setNativeKey(socket + ".marker");
+            QVERIFY(squattedLock.open(QIODevice::ReadWrite)
+                    && ::flock(squattedLock.handle(), LOCK_EX) == 0 && squatter.listen(socket)
+                    && squattedMarker.create(1) && chownTo(planted, other) && chownTo(socket, other)
+                    && chownTo(socket + ".marker", other));
+        }
+        if (attack == "open runtime") {
+            QVERIFY(QDir().mkdir(runtime) && ::chmod(QFile::encodeName(runtime), 0777) == 0);
+            QVERIFY(QFile::link(victim, runtime + '/' + sharedName(id, ".lock")));
+            environment.insert("XDG_RUNTIME_DIR", runtime);
+        }
+        if (attack == "foreign folder")
+            QVERIFY(QDir().mkdir(own) && chownTo(own, other));
+        if (attack == "linked folder")
+            QVERIFY(QDir().mkdir(state->filePath("rootonly"))
+                    && QFile::link(state->filePath("rootonly"), own) && chownTo(own, other));
+        if (attack == "long runtime") { // 88 bytes: room for a part of the digest only
+            runtime = state->path() + '/' + QString(87 - state->path().size(), 'r');
+            QVERIFY(QDir().mkdir(runtime)
+                    && QFile::setPermissions(runtime, QFile::Permissions(0x7000)));
+            environment.insert("XDG_RUNTIME_DIR", runtime);
+        }
+        QProcess* first = start({"-C", "single.xml"}, 1500);
+        if (attack == "long runtime")
+            QVERIFY(runsFirst(first, 1) && QFileInfo::exists(socketIn(runtime)));
+        QVERIFY(first->waitForFinished(60000));
+        const QByteArray error = first->readAllStandardError();
+        QCOMPARE(first->exitCode(), exitCode);
+        QVERIFY2(error.contains(said.toUtf8()), error.right(2000));
+        QCOMPARE(readFile(victim), QByteArray("precious\n"));
+        QVERIFY(!QFileInfo::exists(created));
+        QVERIFY(!squatter.isListening() || !squatter.waitForNewConnection(0));
+        if (exitCode != 0) // nothing written into a folder that is not the user's own
+            QCOMPARE(QDir(own).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System
+                                         | QDir::Hidden),
+                     QStringList());
+    }
+
+    void markers_data()
+    {
+        QTest::addColumn<bool>("noIdLeft"); // in an IPC namespace of its own, whose ids are taken
+        QTest::addColumn<QString>("firstEnds"); // "killed", "closed", or empty: runs on
+        QTest::newRow("no shared-memory id left") << true << "";
+        QTest::newRow("first instance killed") << false << "killed";
+        QTest::newRow("first instance closed") << false << "closed";
+    }
+    // The shared-memory marker decides nothing: without one the request is handed over all the
+    // same. A marker that nobody is attached to any more goes with its instance, or is removed
+    // by the next first instance when its instance was killed.
+    void markers()
+    {
+        QFETCH(bool, noIdLeft);
+        QFETCH(QString, firstEnds);
+        const auto hasMarkerOf = [](qint64 pid) {
+            QSet<qint64> creators;
+            for (const QByteArray& row : readFile("/proc/sysvipc/shm").split('\n'))
+                creators << row.simplified().split(' ').value(4).toLongLong();
+            return creators.contains(pid);
+        };
+        if (!noIdLeft) {
+            QProcess* first = start({"-C", "single.xml"}, firstEnds == "closed" ? 1500 : 60000);
+            const qint64 pid = first->processId();
+            QVERIFY(runsFirst(first, 1) && hasMarkerOf(pid));
+            if (firstEnds == "killed") {
+                first->kill();
+                QVERIFY(first->waitForFinished(30000) && runsFirst(start({"-C", "single.xml"}), 2));
+            } else {
+                QVERIFY(first->waitForFinished(60000));
+                QCOMPARE(first->exitCode(), 0);
+            }
+            QVERIFY(!hasMarkerOf(pid));
+            return;
+        }
+        if (::geteuid() != 0 || QStandardPaths::findExecutable("nsenter").isEmpty()
+            || QStandardPaths::findExecutable("ipcmk").isEmpty())
+            QSKIP("needs root, unshare, nsenter and ipcmk for an IPC namespace of its own");
+        QProcess* first = start({"-C", "single.xml"}, 60000,
+                                {"unshare", "--ipc", "--", "sh", "-c",
+                                 "echo 1 > /proc/sys/kernel/shmmni && ipcmk -M 1 > /dev/null && "
+                                 "exec \"$0\" \"$@\"",
+                                 path("corvane-demo")});
+        QVERIFY(runsFirst(first, 1));
+        QVERIFY(first->readAllStandardError().contains("start: no marker for "));
+        QProcess* later
+            = start({"-C", "single.xml", path("other.csv")}, 60000,
+                    {"nsenter", QStringLiteral("--ipc=/proc/%1/ns/ipc").arg(first->processId()),
+                     "--", path("corvane-demo")});
+        QVERIFY(later->waitForFinished(30000));
+        QCOMPARE(later->exitCode(), 255);
+        QTRY_VERIFY(log().contains("loadFile: 1 items from " + path("other.csv").toUtf8()));
+    }
+
+    void requestToAStoppedInstance_data()
+    {
+        QTest::addColumn<int>("stoppedMs");
+        QTest::newRow("stopped 2 s") << 2000;
+        QTest::newRow("stopped 12 s, longer than a later instance tries") << 12000;
+    }
+    // A later instance whose request reached the stopped first instance says so (-1, 255), and
+    // the request is delivered once the first instance runs again, exactly once.
+    void requestToAStoppedInstance()
+    {
+        QFETCH(int, stoppedMs);
+        QProcess* first = start({"-C", "single.xml"});
+        QVERIFY(runsFirst(first, 1));
+        const QString file = path("stopped.csv");
+        QFile::remove(file);
+        QVERIFY(QFile::copy(path("other.csv"), file));
+        QCOMPARE(signalProcess(first->processId(), SIGSTOP), 0);
+        const QDeadlineTimer resume(stoppedMs);
+        QProcess* later = start({"-C", "single.xml", file});
+        const bool endedWhileStopped = later->waitForFinished(int(resume.remainingTime()));
+        QVERIFY(QTest::qWaitFor([&] { return resume.hasExpired(); }, stoppedMs + 1000));
+        QCOMPARE(signalProcess(first->processId(), SIGCONT), 0);
+        QVERIFY(later->state() == QProcess::NotRunning || later->waitForFinished(30000));
+        QCOMPARE(later->exitCode(), 255);
+        QCOMPARE(endedWhileStopped, stoppedMs > 10000);
+        // A further request comes after every earlier one on its way.
+        QVERIFY(handsOver(path("other.csv")));
+        QCOMPARE(log().count("loadFile: 1 items from " + file.toUtf8()), 1);
+        QCOMPARE(log().count("handleMessage: raise requested"), 2);
+    }
+
+    void boundedPeers_data()
+    {
+        QTest::addColumn<QString>("peers");
+        QTest::addColumn<QString>("warning"); // in the log
+        QTest::newRow("300 idle connections, few descriptors")
+            << "idle"
+            << "start: peer limit: out of descriptors";
+        QTest::newRow("16 peers announcing 16 MiB each")
+            << "flood"
+            << "keepToBudget: peer limit: more than 33554440 unread bytes";
+    }
+    // Hostile peers of the same user neither take the first instance's socket away nor its
+    // memory: a hand-over works beside them, and the log has one warning line, not one per peer.
+    void boundedPeers()
+    {
+        QFETCH(QString, peers);
+        QFETCH(QString, warning);
+        // Memory given back is counted as given back under AddressSanitizer too.
+        environment.insert("ASAN_OPTIONS",
+                           environment.value("ASAN_OPTIONS") + ":quarantine_size_mb=1");
+        QProcess* first = peers == "idle"
+            ? start({"-C", "single.xml"}, 60000,
+                    {"sh", "-c", "ulimit -n 48 && exec \"$0\" \"$@\"", path("corvane-demo")})
+            : start({"-C", "single.xml"});
+        QVERIFY(runsFirst(first, 1));
+        const QString socket = socketIn(state->filePath("runtime"));
+        const qint64 before = peakMemoryKiB(first->processId());
+        QList<int> connections;
+        if (peers == "idle") {
+            connections = idleConnections(socket, 300);
+            QVERIFY(connections.size() >= 100);
+        } else {
+            connections = idleConnections(socket, 16);
+            QCOMPARE(connections.size(), 16);
+            QByteArray frame;
+            QDataStream(&frame, QIODevice::WriteOnly) << qint32(16 * 1024 * 1024);
+            frame += QByteArray(16 * 1024 * 1024 - 1, 'x'); // never complete
+            QVector<qint64> sent(16, 0);
+            const QDeadlineTimer deadline(120000);
+            for (bool busy = true; busy && !deadline.hasExpired();) {
+                busy = false;
+                for (int i = 0; i < 16; ++i) {
+                    if (sent[i] < 0 || sent[i] == frame.size())
+                        continue;
+                    const ssize_t n = ::send(connections[i], frame.constData() + sent[i],
+                                             size_t(frame.size() - sent[i]), MSG_NOSIGNAL);
+                    sent[i] = n > 0 ? sent[i] + n : errno == EAGAIN ? sent[i] : -1;
+                    busy = true;
+                }
+                QTest::qWait(1);
+            }
+            QVERIFY(!deadline.hasExpired());
+        }
+        QVERIFY(handsOver(path("other.csv")));
+        QCOMPARE(socketIn(state->filePath("runtime")), socket);
+        if (peers == "flood")
+            QVERIFY2(peakMemoryKiB(first->processId()) - before < 128 * 1024,
+                     qPrintable(QString::number(peakMemoryKiB(first->processId()) - before)));
+        QVERIFY(log().contains(warning.toUtf8()));
+        QVERIFY2(log().count("peer limit") <= 3, log().right(3000));
+        for (const int connection : qAsConst(connections))
+            ::close(connection);
     }
 };
 
