@@ -4,6 +4,7 @@
 #include "Logging/LoggingManager.h"
 #include "StartUp/ManagerRegistry.h"
 #include "StartUp/ServiceControlServer.h"
+#include "Utility/PrivateFolder.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -67,22 +68,20 @@ bool asRoot()
 // How long a daemon may take to report that it is ready, as long as systemd's default.
 constexpr int daemonStartTimeout = 90000;
 
-// A folder that only this user can reach: owned by the user, no symbolic link, and neither
-// group nor others may write in it (nor, with privateMode, enter it).
-bool isOwnFolder(const QString& path, bool privateMode)
+// A folder that only this user can change: owned by the user, no symbolic link, and neither
+// group nor others may write in it.
+bool isOwnFolder(const QString& path)
 {
     struct stat status = {};
     return ::lstat(QFile::encodeName(path).constData(), &status) == 0 && S_ISDIR(status.st_mode)
-        && status.st_uid == ::geteuid()
-        && (status.st_mode & (privateMode ? mode_t(S_IRWXG | S_IRWXO) : mode_t(S_IWGRP | S_IWOTH)))
-        == 0;
+        && status.st_uid == ::geteuid() && (status.st_mode & mode_t(S_IWGRP | S_IWOTH)) == 0;
 }
 
 // Creates the folder 0700 unless it is there; whether it is the user's own as isOwnFolder says.
-bool makeOwnFolder(const QString& path, bool privateMode)
+bool makeOwnFolder(const QString& path)
 {
     ::mkdir(QFile::encodeName(path).constData(), 0700);
-    if (isOwnFolder(path, privateMode)) {
+    if (isOwnFolder(path)) {
         return true;
     }
     qCritical().noquote() << QStringLiteral("controlSocket: ") + path
@@ -90,16 +89,11 @@ bool makeOwnFolder(const QString& path, bool privateMode)
     return false;
 }
 
-// The user's runtime folder: $XDG_RUNTIME_DIR, else a folder of the user's own in the temporary
-// folder, created 0700 and checked before use (empty when it cannot be used).
+// The user's runtime folder: $XDG_RUNTIME_DIR when it is private, else a folder of the user's own
+// in the temporary folder (empty when none can be used).
 QString userRuntimeDirectory()
 {
-    const QByteArray xdg = qgetenv("XDG_RUNTIME_DIR");
-    if (!xdg.isEmpty()) {
-        return QString::fromLocal8Bit(xdg);
-    }
-    const QString fallback = QDir::tempPath() + QStringLiteral("/corvane-runtime-%1").arg(::geteuid());
-    return makeOwnFolder(fallback, true) ? fallback : QString();
+    return core::utility::PrivateFolder::runtimeFolder();
 }
 
 // Characters that systemd-escape leaves as they are; a leading dot it escapes.
@@ -280,7 +274,7 @@ QString ServiceController::controlSocket() const
 
 bool ServiceController::makeControlFolder(const QString& socket)
 {
-    return !socket.isEmpty() && makeOwnFolder(QFileInfo(socket).absolutePath(), false);
+    return !socket.isEmpty() && makeOwnFolder(QFileInfo(socket).absolutePath());
 }
 
 QString ServiceController::unitFile() const

@@ -186,9 +186,10 @@ private slots:
         QFETCH(QStringList, messages);
         QFETCH(QList<bool>, open);
         QFETCH(QString, warning);
-        const QString name = QStringLiteral("tst_ApplicationStartupHandler-limits-%1-%2")
+        // Short enough for a socket path under Qt 6, which refuses longer names.
+        const QString name = QStringLiteral("tst-limits-%1-%2")
                                  .arg(QCoreApplication::applicationPid())
-                                 .arg(QTest::currentDataTag());
+                                 .arg(qHash(QByteArray(QTest::currentDataTag())));
         QStringList received;
         LocalSocketStringMessageReceiver receiver(name);
         receiver.setLimits({connections, idleTimeoutMs, unreadBytes});
@@ -202,7 +203,8 @@ private slots:
             while (int(peers.size()) <= writers[i]) {
                 peers.push_back(std::make_unique<QLocalSocket>());
                 peers.back()->connectToServer(name);
-                QVERIFY(peers.back()->waitForConnected(5000));
+                QVERIFY2(peers.back()->waitForConnected(5000),
+                         qPrintable(peers.back()->errorString()));
             }
             peers[writers[i]]->write(writes[i]);
             QVERIFY(writes[i].isEmpty() || peers[writers[i]]->waitForBytesWritten(5000));
