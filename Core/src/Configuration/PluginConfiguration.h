@@ -22,8 +22,9 @@ public:
     /// Copies the handle of the plug-in's "configuration" element into configuration; null when absent.
     void getConfiguration(QDomElement& configuration) const;
 
-    /// False for an entry written <plugin enabled="false">: the plug-in is not loaded.
+    /// False for an entry written \<plugin enabled="false">: the plug-in is not loaded.
     bool isEnabled() const;
+    /// Sets whether the plug-in is loaded.
     void setEnabled(bool enabled);
 
 private:

@@ -12,7 +12,7 @@ namespace base {
 namespace business {
 
 /**
- * Which plug-ins a start leaves out, and why: entries written <plugin enabled="false">, the
+ * Which plug-ins a start leaves out, and why: entries written \<plugin enabled="false">, the
  * plug-ins or libraries named in CORVANE_DISABLE_PLUGINS (comma-separated), those the user
  * disabled after one ended a start, those left out of this start only, and then the plug-ins
  * that require a service (not optionally) that only a disabled plug-in would provide.
@@ -26,6 +26,9 @@ public:
     /// The names in CORVANE_DISABLE_PLUGINS.
     static QStringList fromEnvironment();
 
+    /// Starts over for a new start with the plug-ins or libraries named in CORVANE_DISABLE_PLUGINS,
+    /// those the user disabled until they are enabled again and those left out of this start only;
+    /// forgets the plug-ins noted as disabled.
     void reset(const QStringList& byEnvironment, const QStringList& untilEnabled,
                const QStringList& thisStartOnly);
 
@@ -41,6 +44,7 @@ public:
     QString reasonAsDependent(const QStringList& requiredServices,
                               const QStringList& enabledServices) const;
 
+    /// Whether no plug-in or library was noted as disabled.
     bool isEmpty() const;
     /// Each disabled plug-in or library with why, in the order they were disabled.
     QList<QPair<QString, QString>> list() const;

@@ -140,10 +140,13 @@ public:
     /// Decides, at a start, what to do about the plug-in that ended the last start; without
     /// one the start only warns. The runner sets it by the application's type.
     using LastStartPolicy = std::function<LastStartChoice(const StartUpRecord::Entry&)>;
+    /// Sets what the start does about the plug-in that ended the last start.
     void setLastStartPolicy(LastStartPolicy policy);
     /// The name of the user's state folder of the application; the start takes it from the
     /// configuration, else the application's name.
     void setApplicationName(const QString& name);
+    /// The name of the user's state folder of the application: the one set, else the
+    /// application's name.
     QString getApplicationName() const;
     /// The plug-ins (or libraries) that the last loadPlugins() left out, each with why.
     QList<QPair<QString, QString>> getDisabledPlugins() const;

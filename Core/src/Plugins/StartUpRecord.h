@@ -13,9 +13,18 @@ namespace business {
 /// What a start does about the plug-in that ended the last start.
 enum class LastStartChoice { StartWithIt, LeaveOutThisTime, DisableUntilEnabled };
 
+/** \var StartWithIt
+ * Start with the plug-in as usual. */
+/** \var LeaveOutThisTime
+ * Leave the plug-in out of this start only. */
+/** \var DisableUntilEnabled
+ * Disable the plug-in until it is enabled again. */
+/** \namespace corvane::base::business
+ * The framework's own workings: the start, the managers of configuration, logging, plug-ins
+ * and services, single instances and services run in the background. */
 /**
- * What a start leaves in the user's state folder ($XDG_STATE_HOME/<application>/, else
- * ~/.local/state/<application>/, created for the user alone):
+ * What a start leaves in the user's state folder ($XDG_STATE_HOME/\<application\>/, else
+ * ~/.local/state/\<application\>/, created for the user alone):
  *
  * - while plug-ins are loaded and initialized, a record "start-<pid>" of the library being
  *   loaded or the plug-in being initialized, removed once the start is done or has failed
@@ -33,27 +42,36 @@ enum class LastStartChoice { StartWithIt, LeaveOutThisTime, DisableUntilEnabled 
 class CORE_EXPORT StartUpRecord
 {
 public:
+    /// The phase of a record while a plug-in's library is loaded.
     static const QString loading;      // "loading"
+    /// The phase of a record while a plug-in is initialized.
     static const QString initializing; // "initializing"
 
     /// One record of a start.
     struct Entry
     {
+        /// What the start was doing: loading or initializing.
         QString phase; // loading or initializing
+        /// The plug-in being initialized.
         QString plugin; // empty while its library loads
+        /// The plug-in's library.
         QString library; // as configured
+        /// The id of the process that wrote the record.
         qint64 pid = 0;
 
+        /// Whether there is no record (no phase).
         bool isNull() const { return phase.isEmpty(); }
         /// The plug-in's name, or while loading its library's stem ("Crash" for "Crash.dll").
         QString name() const;
     };
 
+    /// The records of the application in its folder of the state home; creates nothing yet.
     explicit StartUpRecord(const QString& applicationName);
     ~StartUpRecord();
 
     /// $XDG_STATE_HOME (when absolute), else ~/.local/state.
     static QString stateHome();
+    /// The application's folder in the state home.
     QString folder() const;
     /// Why the last write or read failed; empty when it did not.
     QString errorString() const;
@@ -64,12 +82,17 @@ public:
     /// Removes the records of ended starts (once they were reported).
     void removeEndedStarts();
 
+    /// Records that this process is loading the library; whether the record was written.
     bool recordLoading(const QString& library);
+    /// Records that this process is initializing the plug-in of the library; whether the record
+    /// was written.
     bool recordInitializing(const QString& plugin, const QString& library);
     /// Removes this process's record.
     void clear();
 
+    /// The plug-ins the user disabled, each once, in the order they were disabled.
     QStringList disabledPlugins() const;
+    /// Adds the name to the disabled plug-ins; whether the list was written.
     bool disable(const QString& name);
     /// Takes the name off the disabled plug-ins and removes the records of ended starts that
     /// name it; whether there was anything to clear.
@@ -77,6 +100,7 @@ public:
 
     /// The trace of the last start ("startup-trace.json"), kept for corvane-plugins.
     bool storeTrace(const QByteArray& json);
+    /// The trace of the last start that was stored; empty when there is none.
     QByteArray storedTrace() const;
 
 private:

@@ -24,13 +24,19 @@ namespace business {
 class CORE_EXPORT StartUpTrace
 {
 public:
+    /// One phase of the start: a complete event of the trace.
     struct Event
     {
+        /// The phase's name.
         QString phase; // "load", "initialize", "order plug-ins", ...
+        /// The plug-in the phase belongs to.
         QString plugin; // empty for the framework's own phases
+        /// When the phase began, in milliseconds since the time line started.
         double startMs = 0;
+        /// How long the phase took, in milliseconds.
         double durationMs = 0;
 
+        /// The event's name in the trace: the phase, followed by the plug-in when there is one.
         QString name() const { return plugin.isEmpty() ? phase : phase + QLatin1Char(' ') + plugin; }
     };
 
@@ -38,8 +44,11 @@ public:
     class Span
     {
     public:
+        /// Starts measuring the phase (of the plug-in, when one is given); the destructor
+        /// records it.
         explicit Span(QString phase, QString plugin = QString());
         ~Span();
+        /// Sets the plug-in the phase is recorded for (when it is known only later).
         void setPlugin(const QString& plugin);
 
     private:
@@ -49,13 +58,18 @@ public:
         qint64 start;
     };
 
+    /// The process's time line.
     static StartUpTrace* instance();
 
     /// Starts the time line anew (the runner's first step) and takes the file that
     /// CORVANE_STARTUP_TRACE names, relative to the current folder.
     void begin();
+    /// The nanoseconds since the time line started.
     qint64 nanoseconds() const;
+    /// Records a phase (of the plug-in, unless it is empty) that ran from startNs to endNs,
+    /// both in nanoseconds since the time line started.
     void add(const QString& phase, const QString& plugin, qint64 startNs, qint64 endNs);
+    /// The phases recorded so far, in the order they were added.
     QList<Event> events() const;
     /// The last duration of a plug-in's phase in milliseconds; a negative value when none.
     double milliseconds(const QString& plugin, const QString& phase) const;
@@ -65,6 +79,8 @@ public:
     template <typename Store>
     void finishWhenEventLoopRuns(Store store);
 
+    /// The trace in the Trace Event Format (indented JSON): the process's name, then a complete
+    /// event for each phase recorded.
     QByteArray toJson(const QString& processName) const;
     /// The complete events of a trace; sets error for one that cannot be read.
     static QList<Event> fromJson(const QByteArray& json, QString* error);

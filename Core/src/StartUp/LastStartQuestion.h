@@ -20,6 +20,8 @@ class CORE_EXPORT LastStartQuestion : public QObject
     Q_OBJECT
 
 public:
+    /// Asks about the plug-in that ended the last start, in a modal box, and returns the user's
+    /// choice: LastStartChoice::DisableUntilEnabled, else LastStartChoice::LeaveOutThisTime.
     static LastStartChoice ask(const StartUpRecord::Entry& lastStart);
 };
 

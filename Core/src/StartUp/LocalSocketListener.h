@@ -32,9 +32,12 @@ class CORE_EXPORT LocalSocketListener : public QObject
     Q_OBJECT
 
 public:
+    /// How long accepting pauses, in milliseconds, when no room could be made.
     static constexpr int retryDelayMs = 250;
+    /// How many descriptors are held in reserve for a shortage.
     static constexpr int reservedDescriptors = 3;
 
+    /// A listener that does not listen yet (listen()).
     explicit LocalSocketListener(QObject* parent = nullptr);
     ~LocalSocketListener() override;
 
@@ -43,13 +46,17 @@ public:
     bool listen(const QString& name);
     /// Stops listening and removes the socket file, if it is still the one made here.
     void close();
+    /// Whether it listens.
     bool isListening() const;
+    /// The path of the socket file given to the last listen().
     QString fullServerName() const;
+    /// Why the last listen() failed.
     QString errorString() const;
     /// Called when accept() finds no free descriptor; answers whether it closed a connection.
     void setRoomMaker(std::function<bool()> roomMaker);
 
 signals:
+    /// A connection was accepted.
     void newConnection(QLocalSocket* connection);
     /// accept() failed for want of descriptors or memory; the reason.
     void acceptFailed(const QString& reason);

@@ -40,12 +40,17 @@ class CORE_EXPORT LocalSocketStringMessageReceiver : public QObject
 public:
     /// The longest message taken, in bytes; a connection that declares a longer one is dropped.
     static constexpr qint32 maximumMessageSize = 16 * 1024 * 1024;
+    /// The shortest time between two warnings about peers that meet a limit, in milliseconds.
     static constexpr int warningIntervalMs = 10000;
 
+    /// The bounds on the peers.
     struct Limits
     {
+        /// The most connections open at once.
         int connections = 64; // open at once
+        /// How long a connection may go without a byte from its peer, in milliseconds.
         int idleTimeoutMs = 30000; // without a byte from the peer
+        /// The most bytes received and not yet handed on, over all connections.
         qint64 unreadBytes = 2 * (4 + qint64(maximumMessageSize)); // over all connections
     };
 

@@ -23,6 +23,12 @@ public:
     /// How much of the frames given to sendValues() left this side.
     enum class Written { Nothing, Part, Whole };
 
+    /** \var Nothing
+     * None of the frames was written. */
+    /** \var Part
+     * Some of the frames, not all, were written. */
+    /** \var Whole
+     * All the frames were written. */
     /// A sender to the server serverName that waits at most timeout milliseconds for each step.
     LocalSocketStringMessageSender(QString serverName, int timeout);
 
