@@ -318,6 +318,9 @@ void LocalSocketStringMessageReceiver::dropConnection(QLocalSocket* connection, 
         return;
     }
     connection->disconnect(this);
+    // Acknowledgements of the messages it sent before still reach the peer: the socket is
+    // deleted before the event loop would write them.
+    connection->flush();
     if (atOnce) {
         connection->abort();
     } else {

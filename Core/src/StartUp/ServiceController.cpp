@@ -128,7 +128,8 @@ QString unitText(QString text)
 {
     text = text.trimmed().replace(QLatin1Char('%'), QLatin1String("%%"));
     int backslashes = 0;
-    while (backslashes < text.size() && text.at(text.size() - 1 - backslashes) == QLatin1Char('\\')) {
+    while (backslashes < text.size()
+           && text.at(text.size() - 1 - backslashes) == QLatin1Char('\\')) {
         ++backslashes;
     }
     return backslashes % 2 == 0 ? text : text + QLatin1Char('\\');
@@ -544,7 +545,13 @@ int ServiceController::startDaemon()
         posix_spawnattr_init(&attributes);
         posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
         const mode_t umask = ::umask(022); // inherited by the daemon; this process ends soon
-        if (posix_spawn(&daemon, "/proc/self/exe", &actions, &attributes, argv.data(), envp.data())
+        // The program by the absolute path /proc/self/exe links to, not by that link: an
+        // emulator (qemu-user) runs the link as the path the program was started by, which the
+        // folder change breaks.
+        const QByteArray program
+            = QFile::encodeName(QFile::symLinkTarget(QStringLiteral("/proc/self/exe")));
+        if (posix_spawn(&daemon, program.constData(), &actions, &attributes, argv.data(),
+                        envp.data())
             != 0) {
             daemon = -1;
         }

@@ -486,10 +486,11 @@ private slots:
         QVERIFY(QFileInfo(socket).exists());
         if (peers == "exhaust") // freed again
             QCOMPARE(::prlimit(pid_t(daemon), RLIMIT_NOFILE, &descriptorLimit, nullptr), 0);
-        QTRY_VERIFY2(descriptorsOf(daemon) <= descriptors + 64,
+        QTRY_VERIFY2_WITH_TIMEOUT(descriptorsOf(daemon) <= descriptors + 64,
                      qPrintable(QString("%1 descriptors, %2 before the peers")
                                     .arg(descriptorsOf(daemon))
-                                    .arg(descriptors)));
+                                    .arg(descriptors)),
+                         30000);
         QVERIFY2(statusValue(daemon, "VmHWM") - peak < 16 * 1024,
                  qPrintable(QString::number(statusValue(daemon, "VmHWM") - peak)));
         QVERIFY(QFileInfo(socket).exists());

@@ -427,7 +427,7 @@ private slots:
             return creators.contains(pid);
         };
         if (!noIdLeft) {
-            QProcess* first = start({"-C", "single.xml"}, firstEnds == "closed" ? 1500 : 60000);
+            QProcess* first = start({"-C", "single.xml"}, firstEnds == "closed" ? 5000 : 60000);
             const qint64 pid = first->processId();
             QVERIFY(runsFirst(first, 1) && hasMarkerOf(pid));
             if (firstEnds == "killed") {
