@@ -44,10 +44,10 @@ class tst_SingleInstance : public QObject
         QProcess& process = processes.emplace_back();
         QProcessEnvironment processEnvironment = environment;
         processEnvironment.insert("CORVANE_DEMO_CLOSE_AFTER_MS", QString::number(closeAfterMs));
-        // A state folder each: an instance killed while it starts its plug-ins must not make
-        // the next one ask what to do about them.
-        processEnvironment.insert("XDG_STATE_HOME",
-                                  path("state/" + QString::number(processes.size())));
+        // A state folder each, over all test functions: an instance killed while it starts its
+        // plug-ins must not make a later one ask what to do about them.
+        static int starts = 0;
+        processEnvironment.insert("XDG_STATE_HOME", path("state/" + QString::number(++starts)));
         process.setProcessEnvironment(processEnvironment);
         process.start(runAs.value(0, path("corvane-demo")), runAs.mid(1) + arguments);
         started << process.processId();
@@ -77,10 +77,18 @@ class tst_SingleInstance : public QObject
     // Whether the process runs as the first instance, once a window (the count-th) shows.
     bool runsFirst(QProcess* process, int count, int timeoutMs = 60000)
     {
-        return QTest::qWaitFor(
-                   [&] { return windows() == count || process->state() == QProcess::NotRunning; },
-                   timeoutMs)
+        const bool runs = QTest::qWaitFor(
+                              [&] {
+                                  return windows() == count
+                                      || process->state() == QProcess::NotRunning;
+                              },
+                              timeoutMs)
             && process->state() == QProcess::Running;
+        if (!runs) // for the failure that follows; the output stays for the test to read
+            qWarning().noquote() << "not the first instance: running"
+                                 << (process->state() == QProcess::Running) << "exit"
+                                 << process->exitCode() << "windows" << windows();
+        return runs;
     }
 
     // The name under which the guard's files once lay in the shared temporary folder, without a
