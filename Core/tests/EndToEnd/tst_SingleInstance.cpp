@@ -77,12 +77,10 @@ class tst_SingleInstance : public QObject
     // Whether the process runs as the first instance, once a window (the count-th) shows.
     bool runsFirst(QProcess* process, int count, int timeoutMs = 60000)
     {
-        const bool runs = QTest::qWaitFor(
-                              [&] {
-                                  return windows() == count
-                                      || process->state() == QProcess::NotRunning;
-                              },
-                              timeoutMs)
+        const bool runs
+            = QTest::qWaitFor(
+                  [&] { return windows() == count || process->state() == QProcess::NotRunning; },
+                  timeoutMs)
             && process->state() == QProcess::Running;
         if (!runs) // for the failure that follows; the output stays for the test to read
             qWarning().noquote() << "not the first instance: running"
