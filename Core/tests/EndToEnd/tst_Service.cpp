@@ -486,7 +486,9 @@ private slots:
         QVERIFY(QFileInfo(socket).exists());
         if (peers == "exhaust") // freed again
             QCOMPARE(::prlimit(pid_t(daemon), RLIMIT_NOFILE, &descriptorLimit, nullptr), 0);
-        QTRY_VERIFY2_WITH_TIMEOUT(descriptorsOf(daemon) <= descriptors + 64,
+        // 64 connections at the most (not 300), and a few descriptors in passing: one accepted
+        // while the oldest connection closes.
+        QTRY_VERIFY2_WITH_TIMEOUT(descriptorsOf(daemon) <= descriptors + 64 + 4,
                      qPrintable(QString("%1 descriptors, %2 before the peers")
                                     .arg(descriptorsOf(daemon))
                                     .arg(descriptors)),
