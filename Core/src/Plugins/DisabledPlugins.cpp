@@ -1,5 +1,7 @@
 #include "Plugins/DisabledPlugins.h"
 
+#include "Plugins/PluginManager.h"
+
 #include <QFileInfo>
 
 namespace corvane {
@@ -8,26 +10,12 @@ namespace business {
 
 namespace {
 
-// "libReport.so", "Report.so", "Report.dll" and "Report" all have the stem "Report".
-QString stemOf(QString library)
-{
-    library = QFileInfo(library).fileName();
-    for (const QLatin1String suffix : {QLatin1String(".dll"), QLatin1String(".so")}) {
-        if (library.endsWith(suffix, Qt::CaseInsensitive)) {
-            library.chop(suffix.size());
-            if (suffix == QLatin1String(".so") && library.startsWith(QLatin1String("lib"))) {
-                library.remove(0, 3);
-            }
-            break;
-        }
-    }
-    return library;
-}
-
 bool names(const QStringList& list, const QString& name, bool isLibrary)
 {
     for (const QString& entry : list) {
-        if (isLibrary ? stemOf(entry).compare(stemOf(name), Qt::CaseInsensitive) == 0
+        if (isLibrary ? PluginManager::libraryStem(entry).compare(PluginManager::libraryStem(name),
+                                                                  Qt::CaseInsensitive)
+                    == 0
                       : entry == name) {
             return true;
         }
@@ -74,8 +62,8 @@ QString DisabledPlugins::reasonFor(const QString& name, bool isLibrary) const
     return QString();
 }
 
-QString DisabledPlugins::reasonBeforeLoading(
-    const entities::PluginConfiguration& configuration) const
+QString
+DisabledPlugins::reasonBeforeLoading(const entities::PluginConfiguration& configuration) const
 {
     if (!configuration.isEnabled()) {
         return QStringLiteral("disabled by the configuration");

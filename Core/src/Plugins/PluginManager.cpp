@@ -41,8 +41,9 @@ QString nameOf(IPlugin* plugin)
     return name;
 }
 
-// "libstem.so", "stem.so", "stem.dll" and "stem" all have the stem "stem".
-QString stemOf(const QString& fileName)
+} // namespace
+
+QString PluginManager::libraryStem(const QString& fileName)
 {
     QString stem = QFileInfo(fileName).fileName();
     for (const char* suffix : {".dll", ".so"}) {
@@ -57,11 +58,14 @@ QString stemOf(const QString& fileName)
     return stem;
 }
 
+namespace {
+
 // The configured form, "stem.dll", of a loaded library file.
 QString configuredFormOf(const QString& libraryFile)
 {
     const QFileInfo file(libraryFile);
-    return QDir(file.path()).filePath(stemOf(libraryFile) + QStringLiteral(".dll"));
+    return QDir(file.path())
+        .filePath(PluginManager::libraryStem(libraryFile) + QStringLiteral(".dll"));
 }
 
 // The loader's reason for a library it could not load. Qt 5 finds no meta data in a plug-in
@@ -692,7 +696,7 @@ bool PluginManager::isPartialSubListOf(const QStringList& a, const QStringList& 
 QString PluginManager::libraryFile(const QString& folder, const QString& configuredName)
 {
     const QFileInfo configured(configuredName);
-    const QString stem = stemOf(configuredName);
+    const QString stem = libraryStem(configuredName);
     const QDir directory(QDir::cleanPath(QDir(folder).filePath(configured.path())));
     for (const QString& candidate :
          {QStringLiteral("lib%1.so").arg(stem), stem + QStringLiteral(".so")}) {
@@ -802,7 +806,8 @@ void PluginManager::beginStartRecord()
         = lastStartPolicy ? lastStartPolicy(last) : LastStartChoice::StartWithIt;
     if (choice == LastStartChoice::LeaveOutThisTime) {
         leftOutThisStart << last.name();
-    } else if (choice == LastStartChoice::DisableUntilEnabled && !startRecord->disable(last.name())) {
+    } else if (choice == LastStartChoice::DisableUntilEnabled
+               && !startRecord->disable(last.name())) {
         qWarning().noquote() << QStringLiteral("init: Cannot disable %1: %2")
                                     .arg(last.name(), startRecord->errorString());
         leftOutThisStart << last.name();
@@ -835,7 +840,8 @@ bool PluginManager::leavesOut(const entities::PluginConfiguration& configuration
     }
     QString library;
     configuration.getLibrary(library);
-    qInfo().noquote() << QStringLiteral("loadPlugins: Plugin disabled: \"%1\" (%2)").arg(library, reason);
+    qInfo().noquote()
+        << QStringLiteral("loadPlugins: Plugin disabled: \"%1\" (%2)").arg(library, reason);
     disabledPlugins.add(library, reason, {}, false);
     return true;
 }
@@ -848,7 +854,8 @@ bool PluginManager::leavesOut(const QString& name, QPluginLoader* loader)
     }
     QStringList provided;
     qobject_cast<IPlugin*>(loader->instance())->getProvidedServices(provided);
-    qInfo().noquote() << QStringLiteral("loadPlugins: Plugin disabled: \"%1\" (%2)").arg(name, reason);
+    qInfo().noquote()
+        << QStringLiteral("loadPlugins: Plugin disabled: \"%1\" (%2)").arg(name, reason);
     disabledPlugins.add(name, reason, provided, true);
     loader->unload();
     return true;
@@ -877,7 +884,8 @@ void PluginManager::disableDependents()
             const QString name = loaded.first;
             QStringList provided;
             plugin->getProvidedServices(provided);
-            qInfo().noquote() << QStringLiteral("loadPlugins: Plugin disabled: \"%1\" (%2)").arg(name, reason);
+            qInfo().noquote()
+                << QStringLiteral("loadPlugins: Plugin disabled: \"%1\" (%2)").arg(name, reason);
             disabledPlugins.add(name, reason, provided, true);
             for (QStringList& names : tasks) {
                 names.removeAll(name);

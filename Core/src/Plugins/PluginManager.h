@@ -89,6 +89,8 @@ public:
 
     /// The library file that "stem.dll" (or "libstem.so", "stem") names in folder.
     static QString libraryFile(const QString& folder, const QString& configuredName);
+    /// The stem of a library's name: "stem" for "libstem.so", "stem.so", "stem.dll" and "stem".
+    static QString libraryStem(const QString& fileName);
 
     /// The folder in which loadPlugin() looks for libraries; the application's folder unless
     /// set otherwise (an empty folder sets it back), so that a tool can load the plug-ins of

@@ -1,5 +1,7 @@
 #include "Plugins/StartUpRecord.h"
 
+#include "Plugins/PluginManager.h"
+
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
@@ -44,20 +46,6 @@ QByteArray startTimeOf(qint64 pid)
     return fields.size() > 19 && fields.at(0) != "Z" ? fields.at(19) : QByteArray();
 }
 
-QString stemOf(QString library)
-{
-    library = QFileInfo(library).fileName();
-    for (const QLatin1String suffix : {QLatin1String(".dll"), QLatin1String(".so")}) {
-        if (library.endsWith(suffix, Qt::CaseInsensitive)) {
-            library.chop(suffix.size());
-            if (suffix == QLatin1String(".so") && library.startsWith(QLatin1String("lib"))) {
-                library.remove(0, 3);
-            }
-        }
-    }
-    return library;
-}
-
 // A file name or application name as one safe path component.
 QString componentOf(QString name)
 {
@@ -71,7 +59,7 @@ QString componentOf(QString name)
 
 QString StartUpRecord::Entry::name() const
 {
-    return plugin.isEmpty() ? stemOf(library) : plugin;
+    return plugin.isEmpty() ? PluginManager::libraryStem(library) : plugin;
 }
 
 StartUpRecord::StartUpRecord(const QString& applicationName)
@@ -113,10 +101,11 @@ int StartUpRecord::openFolder(bool create) const
         ::mkdir(QFile::encodeName(stateHome()).constData(), 0700);
         ::mkdir(QFile::encodeName(path).constData(), 0700);
     }
-    const int folder
-        = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    const int folder = ::open(QFile::encodeName(path).constData(),
+                              O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
     if (folder < 0) {
-        error = QStringLiteral("cannot open %1: %2").arg(path, QString::fromLocal8Bit(std::strerror(errno)));
+        error = QStringLiteral("cannot open %1: %2")
+                    .arg(path, QString::fromLocal8Bit(std::strerror(errno)));
         return -1;
     }
     struct stat status {};
@@ -142,7 +131,8 @@ bool StartUpRecord::write(const QString& file, const QByteArray& content)
                             O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
     bool written = fd >= 0;
     for (qint64 done = 0; written && done < content.size();) {
-        const ssize_t count = ::write(fd, content.constData() + done, size_t(content.size() - done));
+        const ssize_t count
+            = ::write(fd, content.constData() + done, size_t(content.size() - done));
         written = count > 0 || (count < 0 && errno == EINTR);
         done += std::max<ssize_t>(count, 0);
     }
